@@ -1,0 +1,284 @@
+#include "app/CommandLine.h"
+
+#include "app/ResultWriter.h"
+#include "engine/FileSystem.h"
+#include "engine/Log.h"
+#include "engine/PathBytes.h"
+#include "engine/ScanDriver.h"
+#include "engine/ScanObserver.h"
+#include "engine/ScanState.h"
+#include "engine/SettingsStore.h"
+#include "review/ByteCountFormatter.h"
+
+#include <optional>
+#include <unistd.h>
+
+namespace CommandLine {
+
+namespace {
+
+const char* const kUsage = R"(Usage: twinsift scan [options] PATH...
+       twinsift photos [options] PATH...
+
+Finds duplicate files and folders below each PATH with the stored settings and prints the groups.
+`photos` scans PATH as a photo library: pictures and audio-visual files only.
+
+Options (for this run only; the stored settings are not changed):
+  --subdirs y|n            descend into sub-folders
+  --hidden y|n             include hidden items inside scanned folders
+  --packages y|n           look inside bundles
+  --min-size BYTES         minimum size on disk of a file to report
+  --ignore-types LIST      comma-separated lower-case extensions never hashed (may be empty)
+  --ignore-folder PATH     folder skipped with everything below (repeatable; replaces the list)
+  --format text|json|csv   output format (text by default)
+  --progress               live status line on standard error (default when it is a terminal)
+  --no-progress            no status line
+  -h, --help               show this help
+  --version                show the version
+)";
+
+struct Options {
+    QByteArray command;
+    std::optional<QString> subdirs, hidden, packages;
+    std::optional<qint64> minSize;
+    std::optional<QStringList> ignoreTypes;
+    std::optional<QStringList> ignoreFolders;
+    ResultWriter::Format format = ResultWriter::Format::Text;
+    bool progress = false;
+    QList<QByteArray> paths;
+};
+
+struct UsageError {
+    QByteArray message;
+};
+
+QByteArray optionName(const QByteArray& argument)
+{
+    const qsizetype equals = argument.indexOf('=');
+    return equals < 0 ? argument : argument.left(equals);
+}
+
+Options parse(const QList<QByteArray>& arguments)
+{
+    Options options;
+    options.progress = ::isatty(STDERR_FILENO);
+    if (arguments.isEmpty())
+        throw UsageError { "missing command (scan or photos)" };
+    options.command = arguments.first();
+    if (options.command != "scan" && options.command != "photos")
+        throw UsageError { "unknown command '" + options.command + "'" };
+
+    bool optionsEnded = false;
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        const QByteArray& argument = arguments[i];
+        if (optionsEnded || !argument.startsWith("--") || argument == "--") {
+            if (argument == "--" && !optionsEnded) {
+                optionsEnded = true;
+                continue;
+            }
+            options.paths.append(argument);
+            continue;
+        }
+        const QByteArray name = optionName(argument);
+        auto value = [&]() -> QByteArray {
+            if (argument.contains('='))
+                return argument.mid(argument.indexOf('=') + 1);
+            if (i + 1 >= arguments.size())
+                throw UsageError { "option '" + name + "' needs a value" };
+            return arguments[++i];
+        };
+        auto flag = [&]() -> QString {
+            const QByteArray v = value();
+            if (v != "y" && v != "n")
+                throw UsageError { "option '" + name + "' takes y or n, not '" + v + "'" };
+            return QString::fromLatin1(v);
+        };
+        if (name == "--subdirs") {
+            options.subdirs = flag();
+        } else if (name == "--hidden") {
+            options.hidden = flag();
+        } else if (name == "--packages") {
+            options.packages = flag();
+        } else if (name == "--min-size") {
+            const QByteArray v = value();
+            bool ok = false;
+            const qint64 bytes = v.toLongLong(&ok);
+            if (!ok || bytes < 0)
+                throw UsageError { "option '--min-size' takes a number of bytes, not '" + v + "'" };
+            options.minSize = bytes;
+        } else if (name == "--ignore-types") {
+            const QString list = QString::fromUtf8(value());
+            options.ignoreTypes = list.isEmpty() ? QStringList() : list.split(QLatin1Char(','));
+        } else if (name == "--ignore-folder") {
+            if (!options.ignoreFolders)
+                options.ignoreFolders = QStringList();
+            options.ignoreFolders->append(
+                QString::fromUtf8(PathBytes::normalized(value(), PathBytes::currentDirectory())));
+        } else if (name == "--format") {
+            const QByteArray v = value();
+            if (v == "text")
+                options.format = ResultWriter::Format::Text;
+            else if (v == "json")
+                options.format = ResultWriter::Format::Json;
+            else if (v == "csv")
+                options.format = ResultWriter::Format::Csv;
+            else
+                throw UsageError { "option '--format' takes text, json or csv, not '" + v + "'" };
+        } else if (argument == "--progress") {
+            options.progress = true;
+        } else if (argument == "--no-progress") {
+            options.progress = false;
+        } else {
+            throw UsageError { "unknown option '" + name + "'" };
+        }
+    }
+    if (options.paths.isEmpty())
+        throw UsageError { "no PATH given" };
+    return options;
+}
+
+void applyOverrides(const Options& options, ScanSettings& settings)
+{
+    if (options.subdirs)
+        settings.checkSubDir = *options.subdirs;
+    if (options.hidden)
+        settings.checkHdn = *options.hidden;
+    if (options.packages)
+        settings.checkPKG = *options.packages;
+    if (options.minSize)
+        settings.nub = *options.minSize;
+    if (options.ignoreTypes)
+        settings.ignoreFileTypeList = *options.ignoreTypes;
+    if (options.ignoreFolders)
+        settings.ignoreFolderList = *options.ignoreFolders;
+}
+
+// The command line's side of a scan: the endings run in place on the scan thread.
+class ConsoleObserver : public ScanObserver {
+public:
+    explicit ConsoleObserver(ScanDriver*& driver)
+        : m_driver(driver)
+    {
+    }
+    void afterScanningDone() override { m_driver->AfterScanningDone(); }
+    void afterScan() override { m_driver->state().isScanRunning = false; }
+
+private:
+    ScanDriver*& m_driver;
+};
+
+class ProgressLine {
+public:
+    ProgressLine(std::FILE* err, bool enabled)
+        : m_err(err)
+        , m_enabled(enabled)
+    {
+        if (!m_enabled)
+            return;
+        // Log lines clear the status line first, so the two never share a line.
+        Log::setSink([this](const QString& line) {
+            Log::writeSystemLog(line);
+            std::fprintf(m_err, "\r\033[K%s\n", line.toUtf8().constData());
+            std::fflush(m_err);
+        });
+    }
+    ~ProgressLine()
+    {
+        if (!m_enabled)
+            return;
+        Log::setSink({});
+        std::fprintf(m_err, "\r\033[K");
+        std::fflush(m_err);
+    }
+    void show(const ScanState& state, bool listScan)
+    {
+        if (!m_enabled)
+            return;
+        const qint64 total = state.totalDuplicateCountFiles;
+        const qint64 done = listScan ? state.totalDuplicateCountFolderTemp.load()
+                                     : static_cast<qint64>(state.totalDuplicateCountTemp.load());
+        const qint64 found = listScan ? state.totalDuplicateCountFolder.load()
+                                      : static_cast<qint64>(state.totalDuplicateCount.load());
+        const qint64 bytes = listScan ? state.DuplicateWastedSpace.load()
+                                      : static_cast<qint64>(state.wastedSpaceDuplicates.load());
+        QString text = QStringLiteral("Scanned %1 items, %2 duplicates (%3)")
+                           .arg(ByteCountFormatter::grouped(state.totalCount), QString::number(found),
+                               bytes == 0 ? QStringLiteral("0 Byte") : ByteCountFormatter::decimal(bytes));
+        if (total > 0)
+            text += QStringLiteral(", grouping %1%").arg(done * 100 / total);
+        std::fprintf(m_err, "\r\033[K%s", text.toUtf8().constData());
+        std::fflush(m_err);
+    }
+
+private:
+    std::FILE* m_err;
+    bool m_enabled;
+};
+
+} // namespace
+
+int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err)
+{
+    if (!arguments.isEmpty() && (arguments.first() == "--help" || arguments.first() == "-h")) {
+        std::fputs(kUsage, out);
+        return Success;
+    }
+    if (!arguments.isEmpty() && arguments.first() == "--version") {
+        std::fprintf(out, "twinsift %s\n", TWINSIFT_VERSION);
+        return Success;
+    }
+    Options options;
+    try {
+        options = parse(arguments);
+    } catch (const UsageError& error) {
+        std::fprintf(err, "twinsift: %s (see twinsift --help)\n", error.message.constData());
+        return Usage;
+    }
+
+    int status = Success;
+    const QByteArray cwd = PathBytes::currentDirectory();
+    QList<QByteArray> targets;
+    for (const QByteArray& path : options.paths) {
+        const QByteArray target = PathBytes::normalized(path, cwd);
+        FileSystem::ItemInfo info;
+        if (!FileSystem::stat(target, info)) {
+            std::fprintf(err, "twinsift: %s: No such file or directory\n", path.constData());
+            status = Failure;
+            continue;
+        }
+        targets.append(target);
+    }
+
+    ScanState state;
+    ScanDriver* driverRef = nullptr;
+    ConsoleObserver observer(driverRef);
+    ScanDriver driver(state, observer);
+    driverRef = &driver;
+    driver.loadSettings = [&options](ScanSettings& settings) {
+        SettingsStore store;
+        getAppSetting(settings, store);
+        applyOverrides(options, settings);
+    };
+
+    const bool listScan = options.command == "photos";
+    {
+        ProgressLine progress(err, options.progress);
+        if (listScan) {
+            state.PhotoDir = targets;
+            state.photoScan = true;
+            driver.scanStart();
+        } else {
+            driver.StartScan(targets);
+        }
+        while (!driver.waitForScanThread(100))
+            progress.show(state, listScan);
+    }
+
+    const QByteArray result = ResultWriter::write(state,
+        listScan ? ResultWriter::Source::ListScan : ResultWriter::Source::FolderScan, options.format);
+    std::fwrite(result.constData(), 1, static_cast<size_t>(result.size()), out);
+    std::fflush(out);
+    return status;
+}
+
+} // namespace CommandLine

@@ -1,0 +1,44 @@
+#include "detect/duplicates.h"
+
+#include "detect/FileType.h"
+#include "engine/FileSystem.h"
+#include "engine/PathBytes.h"
+
+#include <algorithm>
+
+std::shared_ptr<duplicates> duplicates::initWithURL(const QList<QByteArray>& paths, qint64 size)
+{
+    const qint64 now = currentTimeNs();
+    QList<DuplicateFilePtr> members;
+    members.reserve(paths.size());
+    for (const QByteArray& path : paths) {
+        FileSystem::ItemInfo info;
+        const qint64 date = FileSystem::stat(path, info) ? info.creationNs() : now;
+        members.append(std::make_shared<duplicateFile>(path, date));
+    }
+    std::stable_sort(members.begin(), members.end(),
+        [](const DuplicateFilePtr& a, const DuplicateFilePtr& b) { return a->dateFileNs() < b->dateFileNs(); });
+
+    auto group = std::make_shared<duplicates>();
+    group->setOriginal(members.isEmpty() ? QByteArray() : members.first()->urlFile());
+    group->setListAll(members);
+    group->setSizeFile(size);
+    group->setType(categoryOfItem(group->original()));
+    return group;
+}
+
+std::optional<int> categoryOfItem(const QByteArray& path)
+{
+    FileSystem::ItemInfo info;
+    if (!FileSystem::stat(path, info))
+        return std::nullopt;
+    if (info.kind == FileSystem::Kind::Directory) {
+        const QByteArray extension = PathBytes::pathExtension(path);
+        if (PathBytes::isPackageExtension(extension) || extension == "framework")
+            return FileType::Other;
+        return FileType::Folder;
+    }
+    if (info.kind == FileSystem::Kind::Regular)
+        return FileType::categoryOfRegularFile(path);
+    return std::nullopt;
+}

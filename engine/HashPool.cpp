@@ -1,0 +1,73 @@
+#include "engine/HashPool.h"
+
+#include "detect/FileHash.h"
+
+HashPool::HashPool(std::atomic<qint64>& finishedCounter, int threads)
+    : m_finished(finishedCounter)
+{
+    if (threads <= 0)
+        threads = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+    for (int i = 0; i < threads; ++i)
+        m_threads.emplace_back([this] { work(); });
+}
+
+HashPool::~HashPool()
+{
+    {
+        std::lock_guard lock(m_mutex);
+        m_stopping = true;
+    }
+    m_hasWork.notify_all();
+    for (std::thread& thread : m_threads)
+        thread.join();
+}
+
+void HashPool::submit(std::vector<Job>&& jobs)
+{
+    if (jobs.empty())
+        return;
+    {
+        std::lock_guard lock(m_mutex);
+        for (Job& job : jobs)
+            m_queue.push_back(std::move(job));
+    }
+    m_hasWork.notify_all();
+}
+
+void HashPool::submit(Job&& job)
+{
+    {
+        std::lock_guard lock(m_mutex);
+        m_queue.push_back(std::move(job));
+    }
+    m_hasWork.notify_one();
+}
+
+void HashPool::waitForAll()
+{
+    std::unique_lock lock(m_mutex);
+    m_idle.wait(lock, [this] { return m_queue.empty() && m_running == 0; });
+}
+
+void HashPool::work()
+{
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_hasWork.wait(lock, [this] { return m_stopping || !m_queue.empty(); });
+        if (m_queue.empty())
+            return;
+        Job job = std::move(m_queue.front());
+        m_queue.pop_front();
+        ++m_running;
+        lock.unlock();
+
+        const std::optional<Fingerprint::Digest> digest = FileHash::md5DigestOfFileAtPath(job.path);
+        *job.slot = digest ? Fingerprint::fromDigest(*digest) : Fingerprint::noHash();
+        m_finished.fetch_add(1, std::memory_order_relaxed);
+
+        lock.lock();
+        --m_running;
+        if (m_queue.empty() && m_running == 0)
+            m_idle.notify_all();
+    }
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "detect/Fingerprint.h"
+
+#include <QByteArray>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+// Hashes files on every core while the walk goes on. Each job names a file and the slot that
+// receives its MD5 ("NOHash" when it cannot be read); the slot must stay where it is until
+// waitForAll() returns. Each finished file adds one to the given counter.
+class HashPool {
+public:
+    struct Job {
+        QByteArray path;
+        Fingerprint* slot;
+    };
+
+    explicit HashPool(std::atomic<qint64>& finishedCounter, int threads = 0);
+    ~HashPool();
+    HashPool(const HashPool&) = delete;
+    HashPool& operator=(const HashPool&) = delete;
+
+    void submit(std::vector<Job>&& jobs);
+    void submit(Job&& job);
+    void waitForAll();
+
+private:
+    void work();
+
+    std::atomic<qint64>& m_finished;
+    std::mutex m_mutex;
+    std::condition_variable m_hasWork;
+    std::condition_variable m_idle;
+    std::deque<Job> m_queue;
+    size_t m_running = 0;
+    bool m_stopping = false;
+    std::vector<std::thread> m_threads;
+};

@@ -1,0 +1,64 @@
+#include "engine/Log.h"
+
+#include <QMutex>
+#include <cstdio>
+#include <syslog.h>
+
+namespace {
+
+QMutex& sinkMutex()
+{
+    static QMutex mutex;
+    return mutex;
+}
+
+std::function<void(const QString&)>& sinkFunction()
+{
+    static std::function<void(const QString&)> sink;
+    return sink;
+}
+
+bool& stderrEnabled()
+{
+    static bool enabled = true;
+    return enabled;
+}
+
+} // namespace
+
+void Log::line(const QString& text)
+{
+    // A message must stay one line in the system log.
+    QString flat = text;
+    flat.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    QMutexLocker lock(&sinkMutex());
+    if (sinkFunction()) {
+        sinkFunction()(flat);
+        return;
+    }
+    writeSystemLog(flat);
+    const QByteArray bytes = flat.toUtf8();
+    if (stderrEnabled()) {
+        std::fprintf(stderr, "%s\n", bytes.constData());
+        std::fflush(stderr);
+    }
+}
+
+void Log::writeSystemLog(const QString& text)
+{
+    static const bool opened = (openlog("twinsift", LOG_PID, LOG_USER), true);
+    Q_UNUSED(opened);
+    syslog(LOG_INFO, "%s", text.toUtf8().constData());
+}
+
+void Log::setSink(std::function<void(const QString&)> sink)
+{
+    QMutexLocker lock(&sinkMutex());
+    sinkFunction() = std::move(sink);
+}
+
+void Log::setStderrEnabled(bool enabled)
+{
+    QMutexLocker lock(&sinkMutex());
+    stderrEnabled() = enabled;
+}

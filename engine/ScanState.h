@@ -1,0 +1,43 @@
+#pragma once
+
+#include "detect/FingerprintTable.h"
+#include "detect/GroupDictionary.h"
+#include "detect/duplicates.h"
+#include "engine/ScanSettings.h"
+
+#include <QList>
+#include <QStringList>
+#include <atomic>
+
+// Everything a scan fills: the settings it ran with, the fingerprint tables, the groups of both
+// grouping routines and the live counters. The application controller owns one; the command line
+// makes its own. The scan thread writes the tables and groups while `isScanRunning` is set; other
+// threads only read the counters, which are atomic for that reason.
+struct ScanState {
+    ScanSettings settings;
+
+    // Folder scan.
+    FingerprintTable hashDic;
+    QList<DuplicateGroupPtr> duplicateMainArray;
+    QList<int> filterButtonNameList;
+
+    // List scan (the older path, also used by the photo-library scan).
+    FingerprintTable AllFileFolderDic;
+    FingerprintTable AllFileFileDic;
+    QList<GroupDictionary> DuplicateFileFolderArray;
+    QStringList filterSegmentItem;
+    QList<QByteArray> mainArray;
+    QList<QByteArray> PhotoDir;
+    bool photoScan = false;
+
+    std::atomic<bool> isScanRunning { false };
+
+    std::atomic<qint64> totalCount { 0 };
+    std::atomic<qint64> totalDuplicateCountFiles { 0 };
+    std::atomic<quint64> totalDuplicateCountTemp { 0 };
+    std::atomic<quint64> totalDuplicateCount { 0 };
+    std::atomic<quint64> wastedSpaceDuplicates { 0 };
+    std::atomic<qint64> totalDuplicateCountFolder { 0 };
+    std::atomic<qint64> DuplicateWastedSpace { 0 };
+    std::atomic<qint64> totalDuplicateCountFolderTemp { 0 };
+};

@@ -1,0 +1,189 @@
+#include "engine/TreeWalker.h"
+
+#include "detect/FileHash.h"
+#include "engine/HashPool.h"
+#include "engine/PathBytes.h"
+#include "engine/ScanSettings.h"
+
+#include <algorithm>
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+namespace {
+
+// Deeper than this a folder is taken as unreadable: its path could not be opened by name anyway.
+constexpr int kMaxDepth = 2048;
+
+// Kernel and process information presented as files; reading them is meaningless and can block.
+bool isVirtualFileSystem(const QByteArray& path)
+{
+    struct statfs info;
+    FileSystem::Fd fd(FileSystem::openPath(path, O_RDONLY | O_DIRECTORY));
+    if (!fd.isValid() || ::fstatfs(fd.get(), &info) != 0)
+        return false;
+    switch (static_cast<unsigned long>(info.f_type)) {
+    case PROC_SUPER_MAGIC:
+    case SYSFS_MAGIC:
+    case DEBUGFS_MAGIC:
+    case TRACEFS_MAGIC:
+    case SECURITYFS_MAGIC:
+    case CGROUP_SUPER_MAGIC:
+    case CGROUP2_SUPER_MAGIC:
+    case DEVPTS_SUPER_MAGIC:
+    case PSTOREFS_MAGIC:
+    case BPF_FS_MAGIC:
+    case 0x62656570: // configfs
+    case 0x65735543: // fusectl
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+Fingerprint unitFingerprint(qint64 totalSize, const QByteArray& extension)
+{
+    return Fingerprint::fromDigest(md5Digest(QByteArray::number(totalSize) + extension));
+}
+
+TreeWalker::TreeWalker(const WalkRules& rules, FolderTree& tree, HashPool& pool, std::atomic<qint64>& totalCount)
+    : m_rules(rules)
+    , m_tree(tree)
+    , m_pool(pool)
+    , m_totalCount(totalCount)
+{
+}
+
+qint32 TreeWalker::addNode(const QByteArray& path, qint32 parent, const FileSystem::ItemInfo& info, bool enter)
+{
+    const auto index = static_cast<qint32>(m_tree.nodes.size());
+    m_tree.nodes.push_back(FolderTreeNode { path, {} });
+    const int depth = parent < 0 ? 0 : m_origins[static_cast<size_t>(parent)].depth + 1;
+    m_origins.push_back({ parent, info.device, info.inode, depth, enter });
+    return index;
+}
+
+bool TreeWalker::mayEnter(qint32 parent, const FileSystem::ItemInfo& info) const
+{
+    const Origin& origin = m_origins[static_cast<size_t>(parent)];
+    if (origin.depth + 1 > kMaxDepth)
+        return false;
+    for (qint32 i = parent; i >= 0; i = m_origins[static_cast<size_t>(i)].parent) {
+        if (m_origins[static_cast<size_t>(i)].device == info.device
+            && m_origins[static_cast<size_t>(i)].inode == info.inode)
+            return false; // a bind mount of an ancestor
+    }
+    return true;
+}
+
+qint32 TreeWalker::walkFolder(const QByteArray& path)
+{
+    FileSystem::ItemInfo info;
+    FileSystem::stat(path, info);
+    const qint32 root = addNode(path, -1, info, !isVirtualFileSystem(path));
+    std::vector<qint32> pending { root };
+    while (!pending.empty()) {
+        const qint32 index = pending.back();
+        pending.pop_back();
+        listFolder(index, pending);
+    }
+    m_totalCount.fetch_add(1, std::memory_order_relaxed); // the root records itself
+    return root;
+}
+
+void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending)
+{
+    if (!m_origins[static_cast<size_t>(index)].enter)
+        return;
+    FolderTreeNode& folder = m_tree.nodes[static_cast<size_t>(index)];
+
+    std::vector<std::pair<QByteArray, FileSystem::ItemInfo>> entries;
+    {
+        const int fd = FileSystem::openPath(folder.path, O_RDONLY | O_DIRECTORY);
+        DIR* dir = fd >= 0 ? ::fdopendir(fd) : nullptr;
+        if (!dir) {
+            if (fd >= 0)
+                ::close(fd);
+            return; // unreadable: listed as having no children
+        }
+        while (const dirent* entry = ::readdir(dir)) {
+            const char* name = entry->d_name;
+            if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
+                continue;
+            FileSystem::ItemInfo info;
+            if (FileSystem::statAt(::dirfd(dir), name, info))
+                entries.emplace_back(QByteArray(name), info);
+        }
+        ::closedir(dir);
+    }
+    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+
+    const ScanSettings& settings = m_rules.settings;
+    const bool scanBundles = settings.checkPKG == QLatin1String("y");
+    std::vector<FolderChild> children;
+    children.reserve(entries.size());
+    std::vector<qint32> subfolders;
+    for (auto& [name, info] : entries) {
+        FolderChild child;
+        if (info.kind == FileSystem::Kind::Directory) {
+            const QByteArray extension = PathBytes::pathExtension(name);
+            const bool opaque = PathBytes::isPackageExtension(extension) || PathBytes::isHiddenName(name)
+                || extension == "framework";
+            const QByteArray childPath = PathBytes::appendingComponent(folder.path, name);
+            if (opaque) {
+                child.marker = ChildMarker::FD;
+                if (!scanBundles) {
+                    child.fingerprint = Fingerprint::fromDigest(md5Digest(childPath));
+                } else if (m_rules.ignoredTypes.contains(PathBytes::lowerExtension(name))) {
+                    child.excluded = true;
+                    m_totalCount.fetch_add(1, std::memory_order_relaxed);
+                } else {
+                    const FileSystem::UnitSum sum = FileSystem::sumUnit(childPath, FileSystem::SizeKey::Logical);
+                    m_totalCount.fetch_add(sum.items, std::memory_order_relaxed);
+                    child.fingerprint = unitFingerprint(sum.bytes, extension);
+                }
+            } else {
+                child.marker = ChildMarker::D;
+                if (m_rules.ignoredFolders.contains(childPath)) {
+                    child.excluded = true;
+                } else {
+                    bool enter = mayEnter(index, info);
+                    if (enter && info.device != m_origins[static_cast<size_t>(index)].device)
+                        enter = !isVirtualFileSystem(childPath);
+                    child.node = addNode(childPath, index, info, enter);
+                    subfolders.push_back(child.node);
+                }
+                m_totalCount.fetch_add(1, std::memory_order_relaxed);
+            }
+        } else if (info.kind == FileSystem::Kind::Regular) {
+            if (PathBytes::isHiddenName(name))
+                continue;
+            child.marker = ChildMarker::F;
+            child.allocated = info.allocated;
+            if (m_rules.ignoredTypes.contains(PathBytes::lowerExtension(name))) {
+                child.excluded = true;
+                m_totalCount.fetch_add(1, std::memory_order_relaxed);
+            }
+        } else {
+            continue; // links, devices, pipes and sockets are not children
+        }
+        child.name = std::move(name);
+        children.push_back(std::move(child));
+    }
+
+    // Only now, with the list final, may the pool be given addresses inside it.
+    FolderTreeNode& node = m_tree.nodes[static_cast<size_t>(index)];
+    node.children = std::move(children);
+    std::vector<HashPool::Job> jobs;
+    for (FolderChild& child : node.children) {
+        if (child.marker == ChildMarker::F && !child.excluded)
+            jobs.push_back({ PathBytes::appendingComponent(node.path, child.name), &child.fingerprint });
+    }
+    m_pool.submit(std::move(jobs));
+    // Depth first, in name order, so that hashing follows the folders as they were listed.
+    pending.insert(pending.end(), subfolders.rbegin(), subfolders.rend());
+}

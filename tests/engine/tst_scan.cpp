@@ -1,0 +1,271 @@
+#include "detect/FileHash.h"
+#include "engine/FileSystem.h"
+#include "engine/ScanEngine.h"
+#include "engine/ScanObserver.h"
+#include "engine/ScanState.h"
+#include "engine/ScanHarness.h"
+#include "support/TempTree.h"
+
+#include <QRegularExpression>
+#include <QtTest>
+
+namespace {
+
+QByteArray md5Of(const QByteArray& text)
+{
+    return md5(text);
+}
+
+// The fingerprint a folder gets from its children's fingerprints.
+QByteArray folderHash(QList<QByteArray> childTexts)
+{
+    std::sort(childTexts.begin(), childTexts.end(),
+        [](const QByteArray& a, const QByteArray& b) { return a.toLower() < b.toLower(); });
+    const QByteArray joined = childTexts.join();
+    return md5Of(joined.isEmpty() ? QByteArrayLiteral("NOHASH") : joined);
+}
+
+bool isTimeStamp(const QByteArray& text)
+{
+    static const QRegularExpression pattern(QStringLiteral("^\\d+\\.\\d{6}$"));
+    return pattern.match(QString::fromLatin1(text)).hasMatch();
+}
+
+qint64 allocatedSize(const QByteArray& path)
+{
+    FileSystem::ItemInfo info;
+    FileSystem::stat(path, info);
+    return info.allocated;
+}
+
+} // namespace
+
+class TestScan : public QObject {
+    Q_OBJECT
+
+private slots:
+    void foldersMatchByTheirChildrenAlone()
+    {
+        TempTree tree;
+        tree.file("A/one.txt", "alpha");
+        tree.file("A/two.txt", "beta");
+        tree.file("B/uno.txt", "alpha");
+        tree.file("B/dos.txt", "beta");
+        tree.file("C/x", "alpha");
+        tree.file("C/y", "beta");
+        tree.file("C/.hidden", "hidden files are not children");
+        tree.file("D/x", "alpha");
+        tree.file("D/sub/y", "beta");
+
+        ScanHarness scan;
+        scan.scan({ tree.root() });
+
+        const QByteArray expected = folderHash({ md5Of("alpha"), md5Of("beta") });
+        QCOMPARE(scan.table.value(tree.path("A")), expected);
+        QCOMPARE(scan.table.value(tree.path("C")), expected);
+        QVERIFY(scan.table.value(tree.path("D")) != expected); // another arrangement of the same files
+        QCOMPARE(scan.table.value(tree.path("D/sub")), folderHash({ md5Of("beta") }));
+        QCOMPARE(scan.table.value(tree.path("A/one.txt")), md5Of("alpha"));
+        QVERIFY(!scan.table.contains(tree.path("C/.hidden")));
+        QVERIFY(scan.table.contains(tree.root()));
+
+        // The contents of grouped folders are pruned: D/x finds no partner left.
+        QCOMPARE(scan.groups(), (QList<QList<QByteArray>> { { tree.path("A"), tree.path("B"), tree.path("C") } }));
+        QCOMPARE(scan.state.totalDuplicateCount.load(), 3u);
+        QCOMPARE(scan.state.totalDuplicateCountTemp.load(), quint64(scan.table.size()));
+        QCOMPARE(scan.state.duplicateMainArray.first()->type(), std::optional<int>(20));
+        // Every item examined is counted: four folders, eight files, one sub-folder and the root.
+        QCOMPARE(scan.state.totalCount.load(), qint64(14));
+    }
+
+    void opaqueChildrenFollowThePackageSetting()
+    {
+        TempTree tree;
+        tree.file("E/pkg.app/Contents/f", "content");
+        tree.file("E/keep.txt", "same");
+        tree.file("F/pkg.app/Contents/f", "content");
+        tree.file("F/keep.txt", "same");
+        tree.file("G/.git/objects", "1");
+        tree.file("G/Lib.framework/bin", "22");
+
+        ScanHarness unique;
+        unique.state.settings.checkPKG = QStringLiteral("n");
+        unique.scan({ tree.path("E"), tree.path("F"), tree.path("G") });
+        QCOMPARE(unique.table.value(tree.path("E/pkg.app")), md5Of(tree.path("E/pkg.app")));
+        QVERIFY(unique.table.value(tree.path("E")) != unique.table.value(tree.path("F")));
+        QCOMPARE(unique.groups(), (QList<QList<QByteArray>> { { tree.path("E/keep.txt"), tree.path("F/keep.txt") } }));
+
+        ScanHarness units;
+        units.state.settings.checkHdn = QStringLiteral("n");
+        units.scan({ tree.path("E"), tree.path("F"), tree.path("G") });
+        // Bundles are summed by logical size and named by extension: 7 bytes in an .app.
+        QCOMPARE(units.table.value(tree.path("E/pkg.app")), md5Of("7app"));
+        QVERIFY(!units.table.contains(tree.path("G/Lib.framework"))); // "framework" is an ignored type
+        QVERIFY(!units.table.contains(tree.path("G/.git"))); // hidden, and hidden items are not published
+        QCOMPARE(units.groups(), (QList<QList<QByteArray>> { { tree.path("E"), tree.path("F") } }));
+        // E and F: a file, the bundle's two items and the folder itself; G: the one item of .git,
+        // the ignored framework and the folder itself.
+        QCOMPARE(units.state.totalCount.load(), qint64(4 + 4 + 3));
+    }
+
+    void excludedChildrenMakeTheirFolderUnique()
+    {
+        TempTree tree;
+        tree.file("I/a.plist", "p");
+        tree.file("I/b.txt", "shared");
+        tree.file("J/a.plist", "p");
+        tree.file("J/b.txt", "shared");
+        tree.file("K/skip/inner.txt", "shared");
+        tree.file("K/other.txt", "unrelated");
+
+        ScanHarness scan;
+        scan.state.settings.ignoreFolderList = { QString::fromUtf8(tree.path("K/skip")) };
+        scan.scan({ tree.root() });
+
+        QVERIFY(scan.table.value(tree.path("I")) != scan.table.value(tree.path("J")));
+        QVERIFY(!scan.table.contains(tree.path("I/a.plist")));
+        QVERIFY(isTimeStamp(scan.table.value(tree.path("K/skip"))));
+        QVERIFY(!scan.table.contains(tree.path("K/skip/inner.txt")));
+        QCOMPARE(scan.groups(), (QList<QList<QByteArray>> { { tree.path("I/b.txt"), tree.path("J/b.txt") } }));
+    }
+
+    void minimumSizeIsMeasuredOnDisk()
+    {
+        TempTree tree;
+        tree.file("M/tiny", "1");
+        tree.sizedFile("M/big", 20000, 'b');
+        tree.file("N/tiny", "2");
+        tree.sizedFile("N/big", 20000, 'b');
+        const QByteArray single = tree.sizedFile("exact.bin", 5000, 'e');
+        tree.sizedFile("exact copy.bin", 5000, 'e');
+        const qint64 onDisk = allocatedSize(single);
+        QVERIFY(onDisk > 5000);
+
+        ScanHarness scan;
+        scan.state.settings.nub = onDisk;
+        scan.scan({ tree.path("M"), tree.path("N"), single, tree.path("exact copy.bin") });
+        // Small files still take part in their folder's fingerprint but are not candidates.
+        QVERIFY(scan.table.value(tree.path("M")) != scan.table.value(tree.path("N")));
+        QVERIFY(!scan.table.contains(tree.path("M/tiny")));
+        QCOMPARE(scan.groups(),
+            (QList<QList<QByteArray>> { { tree.path("exact copy.bin"), single }, { tree.path("M/big"), tree.path("N/big") } }));
+
+        ScanHarness above;
+        above.state.settings.nub = onDisk + 1;
+        above.scan({ single, tree.path("exact copy.bin") });
+        QVERIFY(above.table.isEmpty());
+        QCOMPARE(above.state.totalCount.load(), qint64(0)); // skipped without counting
+    }
+
+    void targetsFollowTheTopLevelRules()
+    {
+        TempTree tree;
+        const QByteArray hiddenFile = tree.file(".profile", "x");
+        const QByteArray hiddenFolder = tree.file(".config/app/settings", "12345");
+        const QByteArray plist = tree.file("Info.PLIST", "x");
+        const QByteArray notFramework = tree.file("Kit.Framework/a", "x");
+        const QByteArray framework = tree.file("Kit.framework/Versions/a", "abc");
+        const QByteArray ignored = tree.file("Library/Caches/c", "x");
+        const QByteArray link = tree.symlink("link", "Kit.framework");
+
+        ScanHarness scan;
+        scan.state.settings.ignoreFolderList = { QString::fromUtf8(tree.path("Library")) };
+        scan.scan({ hiddenFile, tree.path(".config"), plist, tree.path("Kit.Framework"), tree.path("Kit.framework"),
+            tree.path("Library/Caches"), link, tree.path("missing") });
+        Q_UNUSED(hiddenFolder);
+        Q_UNUSED(notFramework);
+        Q_UNUSED(framework);
+        Q_UNUSED(ignored);
+
+        QVERIFY(!scan.table.contains(hiddenFile));
+        QCOMPARE(scan.table.value(tree.path(".config")),
+            md5Of(QByteArray::number(allocatedSize(tree.path(".config/app/settings")))));
+        QVERIFY(isTimeStamp(scan.table.value(plist))); // the extension is lower-cased before the test
+        QVERIFY(scan.table.contains(tree.path("Kit.Framework/a"))); // a capital F is not a framework
+        QCOMPARE(scan.table.value(tree.path("Kit.framework")), md5Of("3framework"));
+        QVERIFY(!scan.table.contains(tree.path("Library/Caches")));
+        QVERIFY(!scan.table.contains(link));
+        // .config, Info.PLIST, Kit.Framework (its file and itself), Kit.framework, Library/Caches.
+        QCOMPARE(scan.state.totalCount.load(), qint64(6));
+    }
+
+    void flatRoutineComparesFoldersAsUnits()
+    {
+        TempTree tree;
+        const QByteArray code = tree.file("code.c", "int main(){}");
+        tree.folder("empty1");
+        tree.folder("empty2");
+        tree.folder("p.d");
+        tree.file("full/x", "x");
+
+        ScanHarness scan;
+        scan.state.settings.checkSubDir = QStringLiteral("n");
+        scan.scan({ code, tree.path("empty1"), tree.path("empty2"), tree.path("p.d"), tree.path("full") });
+        QCOMPARE(scan.table.value(code), md5Of("int main(){}")); // ignored types still hashed here
+        QCOMPARE(scan.table.value(tree.path("empty1")), md5Of("0"));
+        QCOMPARE(scan.table.value(tree.path("p.d")), md5Of("0d"));
+        QVERIFY(!scan.table.contains(tree.path("full/x")));
+        QCOMPARE(scan.groups(), (QList<QList<QByteArray>> { { tree.path("empty1"), tree.path("empty2") } }));
+    }
+
+    void oddNamesAndSpecialItemsAreHandled()
+    {
+        TempTree tree;
+        const QByteArray latin = tree.file("names/caf\xe9.txt", "same bytes");
+        const QByteArray invalid = tree.file("names/\xff\xfe.bin", "same bytes");
+        const QByteArray newline = tree.file("names/two\nlines", "same bytes");
+        tree.fifo("names/pipe");
+        tree.symlink("names/loop", ".");
+        tree.symlink("names/dangling", "nowhere");
+
+        ScanHarness scan;
+        scan.scan({ tree.path("names") });
+        QCOMPARE(scan.table.value(latin), md5Of("same bytes"));
+        QVERIFY(!scan.table.contains(tree.path("names/pipe")));
+        QCOMPARE(scan.groups(), (QList<QList<QByteArray>> { { latin, newline, invalid } }));
+    }
+
+    void listAndPhotoScansFillTheGroupDictionaries()
+    {
+        TempTree tree;
+        tree.file("lib/2020/a.jpg", "jpeg bytes");
+        tree.file("lib/2021/b.JPG", "jpeg bytes");
+        tree.file("lib/notes/c.txt", "jpeg bytes");
+        tree.file("lib/clip.mp4", "movie");
+        tree.file("lib/clip copy.mov", "movie");
+        tree.file("lib/tiny.png", "t");
+        tree.file("lib/tiny copy.png", "t");
+
+        ScanHarness photos;
+        photos.state.settings.nub = allocatedSize(tree.path("lib/clip.mp4"));
+        tree.file("lib/tiny.png", QByteArray()); // empty: below the minimum size on disk
+        tree.file("lib/tiny copy.png", QByteArray());
+        ScanEngine engine(photos.state, photos);
+        engine.performScanningSelectorForPhoto({ tree.path("lib") });
+        QCOMPARE(photos.state.DuplicateFileFolderArray.size(), 2);
+        QVERIFY(!photos.listTable.contains(tree.path("lib/notes/c.txt")));
+        QVERIFY(!photos.listTable.contains(tree.path("lib/tiny.png")));
+        QCOMPARE(photos.state.totalCount.load(), qint64(4));
+        QSet<QString> types;
+        for (const GroupDictionary& group : photos.state.DuplicateFileFolderArray) {
+            QCOMPARE(group.SameFileList.size(), 2);
+            QCOMPARE(group.original, group.SameFileList.first());
+            types.insert(*group.original.type);
+        }
+        QCOMPARE(types, (QSet<QString> { QStringLiteral("Photo"), QStringLiteral("Media") }));
+        QCOMPARE(photos.state.filterSegmentItem.first(), QStringLiteral("All"));
+
+        // The list scan records top-level files in the file table, which is not grouped.
+        tree.file("top/one.txt", "dup");
+        tree.file("top/two.txt", "dup");
+        ScanHarness list;
+        ScanEngine listEngine(list.state, list);
+        listEngine.performScanningSelector({ tree.path("top/one.txt"), tree.path("top/two.txt"), tree.path("top") });
+        QCOMPARE(list.state.DuplicateFileFolderArray.size(), 1);
+        QCOMPARE(list.state.DuplicateFileFolderArray.first().original.type, std::optional<QString>(QStringLiteral("Text")));
+        QCOMPARE(list.state.totalDuplicateCountFolder.load(), qint64(2));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestScan)
+#include "tst_scan.moc"
