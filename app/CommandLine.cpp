@@ -52,14 +52,12 @@ struct UsageError {
     QByteArray message;
 };
 
-QByteArray optionName(const QByteArray& argument)
-{
+QByteArray optionName(const QByteArray& argument) {
     const qsizetype equals = argument.indexOf('=');
     return equals < 0 ? argument : argument.left(equals);
 }
 
-Options parse(const QList<QByteArray>& arguments)
-{
+Options parse(const QList<QByteArray>& arguments) {
     Options options;
     options.progress = ::isatty(STDERR_FILENO);
     if (arguments.isEmpty())
@@ -137,8 +135,7 @@ Options parse(const QList<QByteArray>& arguments)
     return options;
 }
 
-void applyOverrides(const Options& options, ScanSettings& settings)
-{
+void applyOverrides(const Options& options, ScanSettings& settings) {
     if (options.subdirs)
         settings.checkSubDir = *options.subdirs;
     if (options.hidden)
@@ -157,9 +154,7 @@ void applyOverrides(const Options& options, ScanSettings& settings)
 class ConsoleObserver : public ScanObserver {
 public:
     explicit ConsoleObserver(ScanDriver*& driver)
-        : m_driver(driver)
-    {
-    }
+        : m_driver(driver) { }
     void afterScanningDone() override { m_driver->AfterScanningDone(); }
     void afterScan() override { m_driver->state().isScanRunning = false; }
 
@@ -171,8 +166,7 @@ class ProgressLine {
 public:
     ProgressLine(std::FILE* err, bool enabled)
         : m_err(err)
-        , m_enabled(enabled)
-    {
+        , m_enabled(enabled) {
         if (!m_enabled)
             return;
         // Log lines clear the status line first, so the two never share a line.
@@ -182,25 +176,23 @@ public:
             std::fflush(m_err);
         });
     }
-    ~ProgressLine()
-    {
+    ~ProgressLine() {
         if (!m_enabled)
             return;
         Log::setSink({});
         std::fprintf(m_err, "\r\033[K");
         std::fflush(m_err);
     }
-    void show(const ScanState& state, bool listScan)
-    {
+    void show(const ScanState& state, bool listScan) {
         if (!m_enabled)
             return;
         const qint64 total = state.totalDuplicateCountFiles;
         const qint64 done = listScan ? state.totalDuplicateCountFolderTemp.load()
                                      : static_cast<qint64>(state.totalDuplicateCountTemp.load());
-        const qint64 found = listScan ? state.totalDuplicateCountFolder.load()
-                                      : static_cast<qint64>(state.totalDuplicateCount.load());
-        const qint64 bytes = listScan ? state.DuplicateWastedSpace.load()
-                                      : static_cast<qint64>(state.wastedSpaceDuplicates.load());
+        const qint64 found
+            = listScan ? state.totalDuplicateCountFolder.load() : static_cast<qint64>(state.totalDuplicateCount.load());
+        const qint64 bytes
+            = listScan ? state.DuplicateWastedSpace.load() : static_cast<qint64>(state.wastedSpaceDuplicates.load());
         QString text = QStringLiteral("Scanned %1 items, %2 duplicates (%3)")
                            .arg(ByteCountFormatter::grouped(state.totalCount), QString::number(found),
                                bytes == 0 ? QStringLiteral("0 Byte") : ByteCountFormatter::decimal(bytes));
@@ -217,8 +209,7 @@ private:
 
 } // namespace
 
-int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err)
-{
+int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
     if (!arguments.isEmpty() && (arguments.first() == "--help" || arguments.first() == "-h")) {
         std::fputs(kUsage, out);
         return Success;
@@ -274,8 +265,8 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err)
             progress.show(state, listScan);
     }
 
-    const QByteArray result = ResultWriter::write(state,
-        listScan ? ResultWriter::Source::ListScan : ResultWriter::Source::FolderScan, options.format);
+    const QByteArray result = ResultWriter::write(
+        state, listScan ? ResultWriter::Source::ListScan : ResultWriter::Source::FolderScan, options.format);
     std::fwrite(result.constData(), 1, static_cast<size_t>(result.size()), out);
     std::fflush(out);
     return status;

@@ -3,8 +3,7 @@
 #include <QApplication>
 #include <QMainWindow>
 
-int runGui(int argc, char* argv[])
-{
+int runGui(int argc, char* argv[]) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Twinsift"));
     QMainWindow window;

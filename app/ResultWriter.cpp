@@ -31,8 +31,7 @@ struct Summary {
     qint64 wastedSpace;
 };
 
-QByteArray categoryName(int type)
-{
+QByteArray categoryName(int type) {
     switch (type) {
     case 20:
         return "Folder";
@@ -49,8 +48,7 @@ QByteArray categoryName(int type)
     }
 }
 
-Summary collect(const ScanState& state, Source source)
-{
+Summary collect(const ScanState& state, Source source) {
     Summary summary;
     summary.totalCount = state.totalCount;
     if (source == Source::FolderScan) {
@@ -83,8 +81,7 @@ Summary collect(const ScanState& state, Source source)
     return summary;
 }
 
-QByteArray writeJson(const Summary& summary)
-{
+QByteArray writeJson(const Summary& summary) {
     QByteArray out = "{\"groups\":[";
     for (qsizetype g = 0; g < summary.groups.size(); ++g) {
         const Group& group = summary.groups[g];
@@ -106,8 +103,7 @@ QByteArray writeJson(const Summary& summary)
     return out;
 }
 
-QByteArray csvField(const QByteArray& value)
-{
+QByteArray csvField(const QByteArray& value) {
     if (!value.contains(',') && !value.contains('"') && !value.contains('\n') && !value.contains('\r'))
         return value;
     QByteArray quoted = value;
@@ -115,8 +111,7 @@ QByteArray csvField(const QByteArray& value)
     return '"' + quoted + '"';
 }
 
-QByteArray writeCsv(const Summary& summary)
-{
+QByteArray writeCsv(const Summary& summary) {
     QByteArray out = "group,type,size,original,path,created\n";
     for (qsizetype g = 0; g < summary.groups.size(); ++g) {
         const Group& group = summary.groups[g];
@@ -128,8 +123,7 @@ QByteArray writeCsv(const Summary& summary)
     return out;
 }
 
-QByteArray writeText(const Summary& summary)
-{
+QByteArray writeText(const Summary& summary) {
     QByteArray out;
     for (const Group& group : summary.groups) {
         out += "# " + QByteArray::number(group.members.size()) + " copies of "
@@ -150,8 +144,7 @@ QByteArray writeText(const Summary& summary)
 
 } // namespace
 
-QByteArray jsonString(const QByteArray& bytes)
-{
+QByteArray jsonString(const QByteArray& bytes) {
     const QString text = PathBytes::decodeSurrogateEscape(bytes);
     QByteArray out;
     out.reserve(bytes.size() + 2);
@@ -190,14 +183,12 @@ QByteArray jsonString(const QByteArray& bytes)
     return out;
 }
 
-QByteArray isoUtc(qint64 nanosecondsSinceEpoch)
-{
+QByteArray isoUtc(qint64 nanosecondsSinceEpoch) {
     const QDateTime time = QDateTime::fromMSecsSinceEpoch(nanosecondsSinceEpoch / 1000000, Qt::UTC);
     return time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz")).toLatin1() + 'Z';
 }
 
-QByteArray write(const ScanState& state, Source source, Format format)
-{
+QByteArray write(const ScanState& state, Source source, Format format) {
     const Summary summary = collect(state, source);
     switch (format) {
     case Format::Json:

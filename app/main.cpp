@@ -3,8 +3,7 @@
 
 #include <QCoreApplication>
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     if (argc <= 1)
         return runGui(argc, argv);
 

@@ -14,8 +14,7 @@ const DigestContext FileHash::md5Context { QCryptographicHash::Md5, 16 };
 const DigestContext FileHash::sha1Context { QCryptographicHash::Sha1, 20 };
 const DigestContext FileHash::sha512Context { QCryptographicHash::Sha512, 64 };
 
-std::optional<QByteArray> FileHash::rawDigest(const QByteArray& path, const DigestContext& context)
-{
+std::optional<QByteArray> FileHash::rawDigest(const QByteArray& path, const DigestContext& context) {
     // O_NONBLOCK keeps a FIFO that replaced a file since the walk from blocking the open; such an
     // item is then refused because it is not a regular file.
     FileSystem::Fd fd(FileSystem::openPath(path, O_RDONLY | O_NONBLOCK));
@@ -48,31 +47,26 @@ std::optional<QByteArray> FileHash::rawDigest(const QByteArray& path, const Dige
     return digest;
 }
 
-std::optional<QByteArray> FileHash::hashOfFileAtPath(const QByteArray& path, const DigestContext& context)
-{
+std::optional<QByteArray> FileHash::hashOfFileAtPath(const QByteArray& path, const DigestContext& context) {
     const std::optional<QByteArray> digest = rawDigest(path, context);
     if (!digest)
         return std::nullopt;
     return Hex::fromBytes(reinterpret_cast<const uint8_t*>(digest->constData()), context.digestLength);
 }
 
-std::optional<QByteArray> FileHash::md5HashOfFileAtPath(const QByteArray& path)
-{
+std::optional<QByteArray> FileHash::md5HashOfFileAtPath(const QByteArray& path) {
     return hashOfFileAtPath(path, md5Context);
 }
 
-std::optional<QByteArray> FileHash::sha1HashOfFileAtPath(const QByteArray& path)
-{
+std::optional<QByteArray> FileHash::sha1HashOfFileAtPath(const QByteArray& path) {
     return hashOfFileAtPath(path, sha1Context);
 }
 
-std::optional<QByteArray> FileHash::sha512HashOfFileAtPath(const QByteArray& path)
-{
+std::optional<QByteArray> FileHash::sha512HashOfFileAtPath(const QByteArray& path) {
     return hashOfFileAtPath(path, sha512Context);
 }
 
-std::optional<Fingerprint::Digest> FileHash::md5DigestOfFileAtPath(const QByteArray& path)
-{
+std::optional<Fingerprint::Digest> FileHash::md5DigestOfFileAtPath(const QByteArray& path) {
     const std::optional<QByteArray> digest = rawDigest(path, md5Context);
     if (!digest)
         return std::nullopt;
@@ -81,8 +75,7 @@ std::optional<Fingerprint::Digest> FileHash::md5DigestOfFileAtPath(const QByteAr
     return out;
 }
 
-Fingerprint::Digest md5Digest(const QByteArray& utf8Text)
-{
+Fingerprint::Digest md5Digest(const QByteArray& utf8Text) {
     const qsizetype zero = utf8Text.indexOf('\0');
     const QByteArrayView text = zero < 0 ? QByteArrayView(utf8Text) : QByteArrayView(utf8Text).first(zero);
     const QByteArray digest = QCryptographicHash::hash(text, QCryptographicHash::Md5);
@@ -91,29 +84,25 @@ Fingerprint::Digest md5Digest(const QByteArray& utf8Text)
     return out;
 }
 
-QByteArray md5(const QByteArray& utf8Text)
-{
+QByteArray md5(const QByteArray& utf8Text) {
     const Fingerprint::Digest digest = md5Digest(utf8Text);
     return Hex::fromBytes(digest.data(), 16);
 }
 
-QByteArray MD5(const QByteArray& data)
-{
+QByteArray MD5(const QByteArray& data) {
     const QByteArray digest = QCryptographicHash::hash(data, QCryptographicHash::Md5);
     return Hex::fromBytes(reinterpret_cast<const uint8_t*>(digest.constData()), 16);
 }
 
-QByteArray MD5Str(const QByteArray& data)
-{
+QByteArray MD5Str(const QByteArray& data) {
     return MD5(data);
 }
 
-Fingerprint createRandomBytes()
-{
+Fingerprint createRandomBytes() {
     static std::atomic<qint64> last { 0 };
-    const qint64 now = std::chrono::duration_cast<std::chrono::microseconds>(
-        std::chrono::system_clock::now().time_since_epoch())
-                           .count();
+    const qint64 now
+        = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch())
+              .count();
     qint64 previous = last.load(std::memory_order_relaxed);
     qint64 chosen;
     do {

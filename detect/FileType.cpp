@@ -13,8 +13,7 @@ namespace {
 
 // Archive formats by MIME name. Office documents and e-books are zip files underneath but are not
 // archives to the user, so "inherits zip" is deliberately not the test.
-const QStringList& archiveTypes()
-{
+const QStringList& archiveTypes() {
     static const QStringList names = {
         QStringLiteral("application/zip"),
         QStringLiteral("application/x-tar"),
@@ -54,8 +53,7 @@ const QStringList& archiveTypes()
     return names;
 }
 
-const QStringList& sourceTypes()
-{
+const QStringList& sourceTypes() {
     static const QStringList names = {
         QStringLiteral("text/x-csrc"),
         QStringLiteral("text/x-chdr"),
@@ -86,15 +84,13 @@ const QStringList& sourceTypes()
 }
 
 // Extensions that the MIME database does not know but that are source code all the same.
-const QSet<QString>& sourceSuffixes()
-{
+const QSet<QString>& sourceSuffixes() {
     static const QSet<QString> suffixes = { QStringLiteral("swift"), QStringLiteral("ts"), QStringLiteral("tsx"),
         QStringLiteral("ps1"), QStringLiteral("bat"), QStringLiteral("m"), QStringLiteral("mm") };
     return suffixes;
 }
 
-Class classify(const QMimeType& type, const QString& suffix)
-{
+Class classify(const QMimeType& type, const QString& suffix) {
     const QString name = type.name();
     if (name == QLatin1String("application/pdf"))
         return Class::Pdf;
@@ -124,22 +120,19 @@ struct Cache {
     QHash<QString, QString> names;
 };
 
-Cache& cache()
-{
+Cache& cache() {
     static Cache c;
     return c;
 }
 
-QMimeType mimeOfSuffix(const QString& suffix)
-{
+QMimeType mimeOfSuffix(const QString& suffix) {
     static QMimeDatabase database;
     return database.mimeTypeForFile(QStringLiteral("x.") + suffix, QMimeDatabase::MatchExtension);
 }
 
 } // namespace
 
-Class classOfExtension(const QByteArray& extension)
-{
+Class classOfExtension(const QByteArray& extension) {
     if (extension.isEmpty())
         return Class::Other;
     const QString suffix = QString::fromUtf8(extension).toLower();
@@ -153,23 +146,19 @@ Class classOfExtension(const QByteArray& extension)
     return result;
 }
 
-Class classOfPath(const QByteArray& path)
-{
+Class classOfPath(const QByteArray& path) {
     return classOfExtension(PathBytes::pathExtension(path));
 }
 
-bool isImage(Class c)
-{
+bool isImage(Class c) {
     return c == Class::Image;
 }
 
-bool isAudioVisual(Class c)
-{
+bool isAudioVisual(Class c) {
     return c == Class::AudioVisual;
 }
 
-int categoryOfRegularFile(const QByteArray& path)
-{
+int categoryOfRegularFile(const QByteArray& path) {
     switch (classOfPath(path)) {
     case Class::Image:
         return Photo;
@@ -187,8 +176,7 @@ int categoryOfRegularFile(const QByteArray& path)
     return Other;
 }
 
-QString typeTextOfRegularFile(const QByteArray& path)
-{
+QString typeTextOfRegularFile(const QByteArray& path) {
     switch (classOfPath(path)) {
     case Class::Image:
         return QStringLiteral("Photo");
@@ -205,8 +193,7 @@ QString typeTextOfRegularFile(const QByteArray& path)
     return QStringLiteral("Other");
 }
 
-QString mimeNameOfPath(const QByteArray& path)
-{
+QString mimeNameOfPath(const QByteArray& path) {
     const QString suffix = QString::fromUtf8(PathBytes::pathExtension(path)).toLower();
     if (suffix.isEmpty())
         return QStringLiteral("application/octet-stream");

@@ -1,7 +1,6 @@
 #include "detect/Fingerprint.h"
 
-QByteArray Hex::fromBytes(const uint8_t* bytes, int length)
-{
+QByteArray Hex::fromBytes(const uint8_t* bytes, int length) {
     static const char digits[] = "0123456789abcdef";
     QByteArray out(length * 2, Qt::Uninitialized);
     for (int i = 0; i < length; ++i) {
@@ -11,36 +10,31 @@ QByteArray Hex::fromBytes(const uint8_t* bytes, int length)
     return out;
 }
 
-Fingerprint Fingerprint::fromDigest(const Digest& digest)
-{
+Fingerprint Fingerprint::fromDigest(const Digest& digest) {
     Fingerprint f;
     f.m_kind = Kind::Digest;
     f.m_payload = digest;
     return f;
 }
 
-Fingerprint Fingerprint::noHash()
-{
+Fingerprint Fingerprint::noHash() {
     return Fingerprint();
 }
 
-Fingerprint Fingerprint::timeStamp(qint64 microsecondsSinceEpoch)
-{
+Fingerprint Fingerprint::timeStamp(qint64 microsecondsSinceEpoch) {
     Fingerprint f;
     f.m_kind = Kind::TimeStamp;
     std::memcpy(f.m_payload.data(), &microsecondsSinceEpoch, sizeof microsecondsSinceEpoch);
     return f;
 }
 
-QByteArray Fingerprint::text() const
-{
+QByteArray Fingerprint::text() const {
     QByteArray out;
     appendText(out);
     return out;
 }
 
-void Fingerprint::appendText(QByteArray& out) const
-{
+void Fingerprint::appendText(QByteArray& out) const {
     switch (m_kind) {
     case Kind::Digest:
         out.append(Hex::fromBytes(m_payload.data(), 16));

@@ -25,18 +25,15 @@ public:
     // Appends the text to `out` without a temporary (folder fingerprints join thousands).
     void appendText(QByteArray& out) const;
 
-    friend bool operator==(const Fingerprint& a, const Fingerprint& b)
-    {
+    friend bool operator==(const Fingerprint& a, const Fingerprint& b) {
         return a.m_kind == b.m_kind && a.m_payload == b.m_payload;
     }
-    friend bool operator<(const Fingerprint& a, const Fingerprint& b)
-    {
+    friend bool operator<(const Fingerprint& a, const Fingerprint& b) {
         if (a.m_kind != b.m_kind)
             return a.m_kind < b.m_kind;
         return a.m_payload < b.m_payload;
     }
-    friend size_t qHash(const Fingerprint& f, size_t seed = 0)
-    {
+    friend size_t qHash(const Fingerprint& f, size_t seed = 0) {
         uint64_t word;
         std::memcpy(&word, f.m_payload.data(), sizeof word);
         return qHashMulti(seed, word, static_cast<uint8_t>(f.m_kind));

@@ -3,15 +3,14 @@
 #include <algorithm>
 #include <numeric>
 
-std::vector<FingerprintTable::Entry> FingerprintTable::takeDistinct()
-{
+std::vector<FingerprintTable::Entry> FingerprintTable::takeDistinct() {
     std::vector<Entry> entries;
     entries.swap(m_entries);
     const size_t n = entries.size();
     std::vector<uint32_t> byPath(n);
     std::iota(byPath.begin(), byPath.end(), 0u);
-    std::stable_sort(byPath.begin(), byPath.end(),
-        [&](uint32_t a, uint32_t b) { return entries[a].path < entries[b].path; });
+    std::stable_sort(
+        byPath.begin(), byPath.end(), [&](uint32_t a, uint32_t b) { return entries[a].path < entries[b].path; });
 
     bool repeats = false;
     std::vector<bool> dropped(n, false);
@@ -38,8 +37,7 @@ std::vector<FingerprintTable::Entry> FingerprintTable::takeDistinct()
     return distinct;
 }
 
-std::optional<Fingerprint> FingerprintTable::value(const QByteArray& path) const
-{
+std::optional<Fingerprint> FingerprintTable::value(const QByteArray& path) const {
     for (auto it = m_entries.rbegin(); it != m_entries.rend(); ++it) {
         if (it->path == path)
             return it->fingerprint;
@@ -47,8 +45,7 @@ std::optional<Fingerprint> FingerprintTable::value(const QByteArray& path) const
     return std::nullopt;
 }
 
-QHash<QByteArray, QByteArray> FingerprintTable::toTextMap() const
-{
+QHash<QByteArray, QByteArray> FingerprintTable::toTextMap() const {
     QHash<QByteArray, QByteArray> map;
     for (const Entry& entry : m_entries)
         map.insert(entry.path, entry.fingerprint.text());

@@ -8,18 +8,14 @@
 
 FolderNode::FolderNode(FolderNodeContext& context, qint32 treeIndex)
     : m_appDel(context)
-    , m_treeIndex(treeIndex)
-{
-}
+    , m_treeIndex(treeIndex) { }
 
-void FolderNode::setPerent(FolderNode* parent, qsizetype indexInParent)
-{
+void FolderNode::setPerent(FolderNode* parent, qsizetype indexInParent) {
     m_perentObject = parent;
     m_indexInParent = indexInParent;
 }
 
-void FolderNode::start()
-{
+void FolderNode::start() {
     const FolderTreeNode& folder = m_appDel.tree.nodes[static_cast<size_t>(m_treeIndex)];
     m_selfURL = folder.path;
     m_SubfileURLList = getsubFileList();
@@ -32,8 +28,7 @@ void FolderNode::start()
         performCalculatingSublistDetail();
 }
 
-std::vector<const FolderChild*> FolderNode::getsubFileList() const
-{
+std::vector<const FolderChild*> FolderNode::getsubFileList() const {
     const FolderTreeNode& folder = m_appDel.tree.nodes[static_cast<size_t>(m_treeIndex)];
     std::vector<const FolderChild*> list;
     list.reserve(folder.children.size());
@@ -42,23 +37,19 @@ std::vector<const FolderChild*> FolderNode::getsubFileList() const
     return list;
 }
 
-Fingerprint FolderNode::createRandomBytes() const
-{
+Fingerprint FolderNode::createRandomBytes() const {
     return ::createRandomBytes();
 }
 
-bool FolderNode::HashAvailble(qsizetype childIndex) const
-{
+bool FolderNode::HashAvailble(qsizetype childIndex) const {
     return m_subHashListDir[static_cast<size_t>(childIndex)].has_value();
 }
 
-bool FolderNode::ckeckAllSubFileCompleted() const
-{
+bool FolderNode::ckeckAllSubFileCompleted() const {
     return m_SubfileURLListCount == m_CheckedListCount;
 }
 
-void FolderNode::performCalculatingSublistDetail()
-{
+void FolderNode::performCalculatingSublistDetail() {
     for (qsizetype i = 0; i < static_cast<qsizetype>(m_SubfileURLList.size()); ++i) {
         if (HashAvailble(i))
             continue;
@@ -75,24 +66,21 @@ void FolderNode::performCalculatingSublistDetail()
         updateSelfURL(m_selfURL);
 }
 
-void FolderNode::updateSuperURL(qsizetype childIndex, const Fingerprint& hash)
-{
+void FolderNode::updateSuperURL(qsizetype childIndex, const Fingerprint& hash) {
     m_subHashListDir[static_cast<size_t>(childIndex)] = hash;
     ++m_CheckedListCount;
     if (ckeckAllSubFileCompleted())
         updateSelfURL(m_selfURL);
 }
 
-void FolderNode::EndALL()
-{
+void FolderNode::EndALL() {
     if (ckeckAllSubFileCompleted())
         updateSelfURL(m_selfURL);
 }
 
 namespace {
 
-bool caseInsensitiveLess(const QByteArray& a, const QByteArray& b)
-{
+bool caseInsensitiveLess(const QByteArray& a, const QByteArray& b) {
     const qsizetype n = std::min(a.size(), b.size());
     for (qsizetype i = 0; i < n; ++i) {
         const char ca = (a[i] >= 'A' && a[i] <= 'Z') ? static_cast<char>(a[i] + 32) : a[i];
@@ -105,8 +93,7 @@ bool caseInsensitiveLess(const QByteArray& a, const QByteArray& b)
 
 } // namespace
 
-void FolderNode::updateSelfURL(const QByteArray& url)
-{
+void FolderNode::updateSelfURL(const QByteArray& url) {
     Q_UNUSED(url);
     // Reached twice for the last child (its report, then the end of the loop): the first call counts.
     if (m_selfHash)
@@ -150,41 +137,32 @@ void FolderNode::updateSelfURL(const QByteArray& url)
 }
 
 scanDirectory::scanDirectory(FolderNodeContext& context, qint32 treeIndex)
-    : FolderNode(context, treeIndex)
-{
-}
+    : FolderNode(context, treeIndex) { }
 
-void scanDirectory::initWithURL(FolderNodeContext& context, qint32 treeIndex, FolderNode* perent,
-    qsizetype indexInParent)
-{
+void scanDirectory::initWithURL(
+    FolderNodeContext& context, qint32 treeIndex, FolderNode* perent, qsizetype indexInParent) {
     scanDirectory node(context, treeIndex);
     node.setPerent(perent, indexInParent);
     node.start();
 }
 
-void scanDirectory::runChild(qint32 treeIndex, qsizetype childIndex)
-{
+void scanDirectory::runChild(qint32 treeIndex, qsizetype childIndex) {
     initWithURL(m_appDel, treeIndex, this, childIndex);
 }
 
 ScanDetail::ScanDetail(FolderNodeContext& context)
-    : FolderNode(context, -1)
-{
-}
+    : FolderNode(context, -1) { }
 
-void ScanDetail::setPerentObject(FolderNode* parent, qsizetype indexInParent)
-{
+void ScanDetail::setPerentObject(FolderNode* parent, qsizetype indexInParent) {
     setPerent(parent, indexInParent);
 }
 
-void ScanDetail::initself(qint32 treeIndex)
-{
+void ScanDetail::initself(qint32 treeIndex) {
     setTreeIndex(treeIndex);
     start();
 }
 
-void ScanDetail::runChild(qint32 treeIndex, qsizetype childIndex)
-{
+void ScanDetail::runChild(qint32 treeIndex, qsizetype childIndex) {
     ScanDetail child(m_appDel);
     child.setPerentObject(this, childIndex);
     child.initself(treeIndex);

@@ -65,8 +65,8 @@ private:
 // The node of the folder scan: publishes to its table (the folder scan's) in one construction step.
 class scanDirectory : public FolderNode {
 public:
-    static void initWithURL(FolderNodeContext& context, qint32 treeIndex, FolderNode* perent = nullptr,
-        qsizetype indexInParent = -1);
+    static void initWithURL(
+        FolderNodeContext& context, qint32 treeIndex, FolderNode* perent = nullptr, qsizetype indexInParent = -1);
 
 private:
     scanDirectory(FolderNodeContext& context, qint32 treeIndex);

@@ -18,6 +18,7 @@ enum class ChildMarker : uint8_t {
 struct FolderChild {
     QByteArray name;
     qint64 allocated = 0; // files: size on disk, for the minimum-size filter
+    qint64 size = 0; // files: length, to hash the largest first
     qint32 node = -1; // walked sub-folders: index of their folder in the tree
     ChildMarker marker = ChildMarker::F;
     // The child's fingerprint is a fresh time-stamp made while folding (ignored type or folder).

@@ -4,8 +4,7 @@
 #include "engine/FileSystem.h"
 #include "engine/PathBytes.h"
 
-std::optional<QString> typeTextOfItem(const QByteArray& path)
-{
+std::optional<QString> typeTextOfItem(const QByteArray& path) {
     FileSystem::ItemInfo info;
     if (!FileSystem::stat(path, info))
         return std::nullopt;

@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <numeric>
 
-DepthOrderedKeys DepthOrderedKeys::fromTable(FingerprintTable& table)
-{
+DepthOrderedKeys DepthOrderedKeys::fromTable(FingerprintTable& table) {
     DepthOrderedKeys keys;
     keys.entries = table.takeDistinct();
     std::vector<int> depth(keys.entries.size());
@@ -27,8 +26,7 @@ namespace {
 
 // True when some folder strictly between `top` and `path` is a bundle: the pruning walk does not
 // descend into bundles, so what lies inside one stays.
-bool insideBundleBelow(const QByteArray& top, const QByteArray& path)
-{
+bool insideBundleBelow(const QByteArray& top, const QByteArray& path) {
     qsizetype start = top == "/" ? 1 : top.size() + 1;
     for (;;) {
         const qsizetype slash = path.indexOf('/', start);
@@ -43,13 +41,11 @@ bool insideBundleBelow(const QByteArray& top, const QByteArray& path)
 
 } // namespace
 
-bool prunedBelow(const QByteArray& folder, const QByteArray& path)
-{
+bool prunedBelow(const QByteArray& folder, const QByteArray& path) {
     return PathBytes::isDescendant(path, folder) && !insideBundleBelow(folder, path);
 }
 
-void groupByFingerprint(DepthOrderedKeys keys, qint64 minimumSize, const GroupingCallbacks& callbacks)
-{
+void groupByFingerprint(DepthOrderedKeys keys, qint64 minimumSize, const GroupingCallbacks& callbacks) {
     std::vector<FingerprintTable::Entry>& entries = keys.entries;
     const uint32_t n = static_cast<uint32_t>(entries.size());
     std::vector<bool> removed(n, false);
@@ -90,8 +86,8 @@ void groupByFingerprint(DepthOrderedKeys keys, qint64 minimumSize, const Groupin
         // start at this key's own slot.
         QList<QByteArray> paths;
         std::vector<uint32_t> members;
-        for (uint32_t slot = slotOf[k];
-             slot < n && entries[byFingerprint[slot]].fingerprint == entries[k].fingerprint; ++slot) {
+        for (uint32_t slot = slotOf[k]; slot < n && entries[byFingerprint[slot]].fingerprint == entries[k].fingerprint;
+             ++slot) {
             const uint32_t member = byFingerprint[slot];
             if (!removed[member]) {
                 members.push_back(member);

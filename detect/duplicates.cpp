@@ -6,8 +6,7 @@
 
 #include <algorithm>
 
-std::shared_ptr<duplicates> duplicates::initWithURL(const QList<QByteArray>& paths, qint64 size)
-{
+std::shared_ptr<duplicates> duplicates::initWithURL(const QList<QByteArray>& paths, qint64 size) {
     const qint64 now = currentTimeNs();
     QList<DuplicateFilePtr> members;
     members.reserve(paths.size());
@@ -27,8 +26,7 @@ std::shared_ptr<duplicates> duplicates::initWithURL(const QList<QByteArray>& pat
     return group;
 }
 
-std::optional<int> categoryOfItem(const QByteArray& path)
-{
+std::optional<int> categoryOfItem(const QByteArray& path) {
     FileSystem::ItemInfo info;
     if (!FileSystem::stat(path, info))
         return std::nullopt;

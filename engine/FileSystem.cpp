@@ -14,14 +14,12 @@
 
 namespace FileSystem {
 
-Fd::~Fd()
-{
+Fd::~Fd() {
     if (m_fd >= 0)
         ::close(m_fd);
 }
 
-Fd& Fd::operator=(Fd&& other) noexcept
-{
+Fd& Fd::operator=(Fd&& other) noexcept {
     if (this != &other) {
         if (m_fd >= 0)
             ::close(m_fd);
@@ -30,15 +28,13 @@ Fd& Fd::operator=(Fd&& other) noexcept
     return *this;
 }
 
-int Fd::release()
-{
+int Fd::release() {
     const int fd = m_fd;
     m_fd = -1;
     return fd;
 }
 
-ParentRef parentOf(const QByteArray& path)
-{
+ParentRef parentOf(const QByteArray& path) {
     ParentRef ref;
     if (path.size() < PATH_MAX - 1) {
         ref.dirFd = AT_FDCWD;
@@ -69,8 +65,7 @@ ParentRef parentOf(const QByteArray& path)
     return ref;
 }
 
-bool statAt(int dirFd, const char* name, ItemInfo& out)
-{
+bool statAt(int dirFd, const char* name, ItemInfo& out) {
     struct statx sx;
     if (::statx(dirFd, name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
             STATX_TYPE | STATX_SIZE | STATX_BLOCKS | STATX_BTIME | STATX_MTIME | STATX_INO, &sx)
@@ -102,8 +97,7 @@ bool statAt(int dirFd, const char* name, ItemInfo& out)
     return true;
 }
 
-bool stat(const QByteArray& path, ItemInfo& out)
-{
+bool stat(const QByteArray& path, ItemInfo& out) {
     ParentRef parent = parentOf(path);
     if (!parent.ok) {
         out = ItemInfo();
@@ -112,8 +106,7 @@ bool stat(const QByteArray& path, ItemInfo& out)
     return statAt(parent.dirFd, parent.leaf.constData(), out);
 }
 
-int openPath(const QByteArray& path, int flags)
-{
+int openPath(const QByteArray& path, int flags) {
     ParentRef parent = parentOf(path);
     if (!parent.ok)
         return -1;
@@ -129,8 +122,7 @@ struct Frame {
     QByteArray path; // kept only when the visitor wants paths
 };
 
-void closeAll(std::vector<Frame>& stack)
-{
+void closeAll(std::vector<Frame>& stack) {
     for (Frame& frame : stack)
         ::closedir(frame.dir);
     stack.clear();
@@ -139,9 +131,7 @@ void closeAll(std::vector<Frame>& stack)
 // Pre-order walk below `root`, one statx per item, links not followed, a folder that is its own
 // ancestor (a bind-mount loop) not entered. Stops at the first folder that cannot be opened and
 // answers false then.
-template <typename Visit>
-bool walkBelow(const QByteArray& root, bool wantPaths, Visit visit)
-{
+template <typename Visit> bool walkBelow(const QByteArray& root, bool wantPaths, Visit visit) {
     ItemInfo top;
     if (!stat(root, top) || top.kind != Kind::Directory)
         return false;
@@ -193,8 +183,7 @@ bool walkBelow(const QByteArray& root, bool wantPaths, Visit visit)
 
 } // namespace
 
-UnitSum sumUnit(const QByteArray& path, SizeKey key)
-{
+UnitSum sumUnit(const QByteArray& path, SizeKey key) {
     UnitSum sum;
     sum.complete = walkBelow(path, false, [&](const QByteArray&, const ItemInfo& info, bool known) {
         ++sum.items;
@@ -204,16 +193,14 @@ UnitSum sumUnit(const QByteArray& path, SizeKey key)
     return sum;
 }
 
-bool enumerateTree(const QByteArray& path, const std::function<void(const QByteArray&, const ItemInfo&)>& visit)
-{
+bool enumerateTree(const QByteArray& path, const std::function<void(const QByteArray&, const ItemInfo&)>& visit) {
     return walkBelow(path, true, [&](const QByteArray& itemPath, const ItemInfo& info, bool known) {
         if (known)
             visit(itemPath, info);
     });
 }
 
-qint64 fileSizeOf(const QByteArray& path)
-{
+qint64 fileSizeOf(const QByteArray& path) {
     ItemInfo info;
     if (!stat(path, info))
         return 0;

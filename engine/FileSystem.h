@@ -29,14 +29,10 @@ class Fd {
 public:
     Fd() = default;
     explicit Fd(int fd)
-        : m_fd(fd)
-    {
-    }
+        : m_fd(fd) { }
     ~Fd();
     Fd(Fd&& other) noexcept
-        : m_fd(other.release())
-    {
-    }
+        : m_fd(other.release()) { }
     Fd& operator=(Fd&& other) noexcept;
     Fd(const Fd&) = delete;
     Fd& operator=(const Fd&) = delete;

@@ -5,19 +5,20 @@
 #include <QByteArray>
 #include <atomic>
 #include <condition_variable>
-#include <deque>
 #include <mutex>
 #include <thread>
 #include <vector>
 
 // Hashes files on every core while the walk goes on. Each job names a file and the slot that
 // receives its MD5 ("NOHash" when it cannot be read); the slot must stay where it is until
-// waitForAll() returns. Each finished file adds one to the given counter.
+// waitForAll() returns. Each finished file adds one to the given counter. The largest pending
+// file is taken first, so that one big file does not keep a single core busy at the end.
 class HashPool {
 public:
     struct Job {
         QByteArray path;
         Fingerprint* slot;
+        qint64 size = 0;
     };
 
     explicit HashPool(std::atomic<qint64>& finishedCounter, int threads = 0);
@@ -36,7 +37,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_hasWork;
     std::condition_variable m_idle;
-    std::deque<Job> m_queue;
+    std::vector<Job> m_queue; // a max-heap by size
     size_t m_running = 0;
     bool m_stopping = false;
     std::vector<std::thread> m_threads;

@@ -6,28 +6,24 @@
 
 namespace {
 
-QMutex& sinkMutex()
-{
+QMutex& sinkMutex() {
     static QMutex mutex;
     return mutex;
 }
 
-std::function<void(const QString&)>& sinkFunction()
-{
+std::function<void(const QString&)>& sinkFunction() {
     static std::function<void(const QString&)> sink;
     return sink;
 }
 
-bool& stderrEnabled()
-{
+bool& stderrEnabled() {
     static bool enabled = true;
     return enabled;
 }
 
 } // namespace
 
-void Log::line(const QString& text)
-{
+void Log::line(const QString& text) {
     // A message must stay one line in the system log.
     QString flat = text;
     flat.replace(QLatin1Char('\n'), QLatin1Char(' '));
@@ -44,21 +40,18 @@ void Log::line(const QString& text)
     }
 }
 
-void Log::writeSystemLog(const QString& text)
-{
+void Log::writeSystemLog(const QString& text) {
     static const bool opened = (openlog("twinsift", LOG_PID, LOG_USER), true);
     Q_UNUSED(opened);
     syslog(LOG_INFO, "%s", text.toUtf8().constData());
 }
 
-void Log::setSink(std::function<void(const QString&)> sink)
-{
+void Log::setSink(std::function<void(const QString&)> sink) {
     QMutexLocker lock(&sinkMutex());
     sinkFunction() = std::move(sink);
 }
 
-void Log::setStderrEnabled(bool enabled)
-{
+void Log::setStderrEnabled(bool enabled) {
     QMutexLocker lock(&sinkMutex());
     stderrEnabled() = enabled;
 }

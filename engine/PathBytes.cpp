@@ -5,16 +5,14 @@
 
 namespace PathBytes {
 
-QByteArray lastPathComponent(const QByteArray& path)
-{
+QByteArray lastPathComponent(const QByteArray& path) {
     if (path == "/")
         return path;
     const qsizetype slash = path.lastIndexOf('/');
     return slash < 0 ? path : path.mid(slash + 1);
 }
 
-QByteArray deletingLastPathComponent(const QByteArray& path)
-{
+QByteArray deletingLastPathComponent(const QByteArray& path) {
     const qsizetype slash = path.lastIndexOf('/');
     if (slash < 0)
         return QByteArray();
@@ -23,8 +21,7 @@ QByteArray deletingLastPathComponent(const QByteArray& path)
     return path.left(slash);
 }
 
-QByteArray appendingComponent(const QByteArray& folder, const QByteArray& name)
-{
+QByteArray appendingComponent(const QByteArray& folder, const QByteArray& name) {
     if (folder.endsWith('/'))
         return folder + name;
     QByteArray out;
@@ -37,8 +34,7 @@ namespace {
 
 // The bidirectional controls U+061C, U+200E, U+200F, U+202A..U+202E and U+2066..U+2069 end the
 // search for an extension just as a space does. `end` is the index just past the character.
-bool endsWithBidiControl(const QByteArray& name, qsizetype end)
-{
+bool endsWithBidiControl(const QByteArray& name, qsizetype end) {
     if (end >= 2 && static_cast<uchar>(name[end - 2]) == 0xD8 && static_cast<uchar>(name[end - 1]) == 0x9C)
         return true;
     if (end < 3 || static_cast<uchar>(name[end - 3]) != 0xE2)
@@ -54,8 +50,7 @@ bool endsWithBidiControl(const QByteArray& name, qsizetype end)
 
 } // namespace
 
-QByteArray pathExtension(const QByteArray& path)
-{
+QByteArray pathExtension(const QByteArray& path) {
     const QByteArray name = lastPathComponent(path);
     if (name == "/")
         return QByteArray();
@@ -72,23 +67,19 @@ QByteArray pathExtension(const QByteArray& path)
     return QByteArray();
 }
 
-QString lowerExtension(const QByteArray& path)
-{
+QString lowerExtension(const QByteArray& path) {
     return QString::fromUtf8(pathExtension(path)).toLower();
 }
 
-int depth(const QByteArray& path)
-{
+int depth(const QByteArray& path) {
     return static_cast<int>(path.count('/'));
 }
 
-bool isHiddenName(const QByteArray& name)
-{
+bool isHiddenName(const QByteArray& name) {
     return name.startsWith('.');
 }
 
-bool isPackageExtension(const QByteArray& extension)
-{
+bool isPackageExtension(const QByteArray& extension) {
     static const QList<QByteArray> kinds = { "app", "appex", "bundle", "kext", "mpkg", "pkg", "plugin", "rtfd", "xpc",
         "xcodeproj", "xcworkspace", "xcarchive", "photoslibrary", "sparsebundle" };
     if (extension.isEmpty() || extension.size() > 13)
@@ -97,15 +88,13 @@ bool isPackageExtension(const QByteArray& extension)
     return kinds.contains(lower);
 }
 
-bool isDescendant(const QByteArray& path, const QByteArray& folder)
-{
+bool isDescendant(const QByteArray& path, const QByteArray& folder) {
     if (folder == "/")
         return path.size() > 1 && path.startsWith('/');
     return path.size() > folder.size() + 1 && path.startsWith(folder) && path[folder.size()] == '/';
 }
 
-QByteArray normalized(const QByteArray& path, const QByteArray& cwd)
-{
+QByteArray normalized(const QByteArray& path, const QByteArray& cwd) {
     const QByteArray full = path.startsWith('/') ? path : cwd + '/' + path;
     QList<QByteArray> parts;
     for (const QByteArray& part : full.split('/')) {
@@ -126,8 +115,7 @@ QByteArray normalized(const QByteArray& path, const QByteArray& cwd)
     return out;
 }
 
-QByteArray currentDirectory()
-{
+QByteArray currentDirectory() {
     QByteArray buffer(4096, '\0');
     while (!::getcwd(buffer.data(), static_cast<size_t>(buffer.size()))) {
         if (errno != ERANGE)
@@ -140,8 +128,7 @@ QByteArray currentDirectory()
 namespace {
 
 // Length of the valid UTF-8 sequence starting at `i`, or 0 when the byte there starts none.
-int validSequenceLength(const uchar* s, qsizetype i, qsizetype n)
-{
+int validSequenceLength(const uchar* s, qsizetype i, qsizetype n) {
     const uchar c = s[i];
     if (c < 0x80)
         return 1;
@@ -173,8 +160,7 @@ int validSequenceLength(const uchar* s, qsizetype i, qsizetype n)
 
 } // namespace
 
-bool isValidUtf8(const QByteArray& bytes)
-{
+bool isValidUtf8(const QByteArray& bytes) {
     const auto* s = reinterpret_cast<const uchar*>(bytes.constData());
     const qsizetype n = bytes.size();
     for (qsizetype i = 0; i < n;) {
@@ -186,8 +172,7 @@ bool isValidUtf8(const QByteArray& bytes)
     return true;
 }
 
-QString decodeSurrogateEscape(const QByteArray& bytes)
-{
+QString decodeSurrogateEscape(const QByteArray& bytes) {
     const auto* s = reinterpret_cast<const uchar*>(bytes.constData());
     const qsizetype n = bytes.size();
     QString out;
@@ -205,13 +190,11 @@ QString decodeSurrogateEscape(const QByteArray& bytes)
     return out;
 }
 
-QByteArray percentEncoded(const QByteArray& path)
-{
+QByteArray percentEncoded(const QByteArray& path) {
     return path.toPercentEncoding("/");
 }
 
-QByteArray fileUrl(const QByteArray& path)
-{
+QByteArray fileUrl(const QByteArray& path) {
     return QByteArrayLiteral("file://") + percentEncoded(path);
 }
 

@@ -22,7 +22,9 @@ int depth(const QByteArray& path);
 
 // A name beginning with "." is hidden.
 bool isHiddenName(const QByteArray& name);
-inline bool isHidden(const QByteArray& path) { return isHiddenName(lastPathComponent(path)); }
+inline bool isHidden(const QByteArray& path) {
+    return isHiddenName(lastPathComponent(path));
+}
 
 // Folders presented as one document or bundle: known bundle extensions, compared case-insensitively.
 bool isPackageExtension(const QByteArray& extension);
@@ -36,7 +38,9 @@ QByteArray normalized(const QByteArray& path, const QByteArray& cwd);
 QByteArray currentDirectory();
 
 // Text for display and search: invalid bytes show as U+FFFD.
-inline QString display(const QByteArray& path) { return QString::fromUtf8(path); }
+inline QString display(const QByteArray& path) {
+    return QString::fromUtf8(path);
+}
 
 // Strict UTF-8 decoding in which every byte that is not part of a valid sequence (overlong forms,
 // surrogates and code points above U+10FFFF included) becomes the lone surrogate U+DC00 + byte, the

@@ -1,12 +1,12 @@
 #include "engine/ScanDriver.h"
 
-#include "review/ByteCountFormatter.h"
 #include "engine/Log.h"
 #include "engine/PathBytes.h"
 #include "engine/ScanEngine.h"
 #include "engine/ScanObserver.h"
 #include "engine/ScanState.h"
 #include "engine/SettingsStore.h"
+#include "review/ByteCountFormatter.h"
 
 #include <QElapsedTimer>
 #include <QStringList>
@@ -19,8 +19,7 @@ constexpr uint kScanThreadStack = 64u * 1024u * 1024u;
 
 } // namespace
 
-QString describeTargets(const QList<QByteArray>& targets)
-{
+QString describeTargets(const QList<QByteArray>& targets) {
     QStringList urls;
     for (const QByteArray& target : targets)
         urls.append(QString::fromUtf8(PathBytes::fileUrl(target)));
@@ -33,25 +32,20 @@ ScanDriver::ScanDriver(ScanState& state, ScanObserver& observer)
         getAppSetting(settings, store);
     })
     , m_state(state)
-    , m_observer(observer)
-{
-}
+    , m_observer(observer) { }
 
-ScanDriver::~ScanDriver()
-{
+ScanDriver::~ScanDriver() {
     waitForScanThread();
 }
 
-void ScanDriver::startThread(std::function<void()> body)
-{
+void ScanDriver::startThread(std::function<void()> body) {
     waitForScanThread();
     m_thread.reset(QThread::create(std::move(body)));
     m_thread->setStackSize(kScanThreadStack);
     m_thread->start();
 }
 
-bool ScanDriver::waitForScanThread(int timeoutMs)
-{
+bool ScanDriver::waitForScanThread(int timeoutMs) {
     const QDeadlineTimer deadline = timeoutMs < 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(timeoutMs);
     if (m_thread && !m_thread->wait(deadline))
         return false;
@@ -61,16 +55,14 @@ bool ScanDriver::waitForScanThread(int timeoutMs)
     return true;
 }
 
-void ScanDriver::StartScan(const QList<QByteArray>& targets)
-{
+void ScanDriver::StartScan(const QList<QByteArray>& targets) {
     Log::line(describeTargets(targets));
     m_state.isScanRunning = true;
     prepareForScannigDirectory();
     startThread([this, targets] { scanInBGThread(targets); });
 }
 
-void ScanDriver::prepareForScannigDirectory()
-{
+void ScanDriver::prepareForScannigDirectory() {
     loadSettings(m_state.settings);
     m_state.hashDic.clear();
     m_state.duplicateMainArray.clear();
@@ -81,8 +73,7 @@ void ScanDriver::prepareForScannigDirectory()
     m_state.wastedSpaceDuplicates = 0;
 }
 
-void ScanDriver::scanInBGThread(const QList<QByteArray>& targets)
-{
+void ScanDriver::scanInBGThread(const QList<QByteArray>& targets) {
     Log::line(QStringLiteral("scanInBGThread"));
     QElapsedTimer timer;
     timer.start();
@@ -94,8 +85,7 @@ void ScanDriver::scanInBGThread(const QList<QByteArray>& targets)
     Log::line(QString::asprintf("All Scan time %f", static_cast<double>(timer.nsecsElapsed()) / 1e9));
 }
 
-void ScanDriver::AfterScanningDone()
-{
+void ScanDriver::AfterScanningDone() {
     m_state.hashDic.clear();
     m_state.totalDuplicateCountFiles = 0;
     Log::line(QStringLiteral("AfterScanningDone"));
@@ -106,15 +96,13 @@ void ScanDriver::AfterScanningDone()
     m_state.isScanRunning = false;
 }
 
-void ScanDriver::scanStart()
-{
+void ScanDriver::scanStart() {
     m_state.isScanRunning = true;
     PrepareForScan();
     startThread([this] { startScanningwithmultithread(); });
 }
 
-void ScanDriver::PrepareForScan()
-{
+void ScanDriver::PrepareForScan() {
     m_state.AllFileFolderDic.clear();
     m_state.DuplicateFileFolderArray.clear();
     m_state.totalCount = 0;
@@ -125,8 +113,7 @@ void ScanDriver::PrepareForScan()
     m_state.filterSegmentItem.clear();
 }
 
-void ScanDriver::startScanningwithmultithread()
-{
+void ScanDriver::startScanningwithmultithread() {
     loadSettings(m_state.settings);
     QElapsedTimer timer;
     timer.start();

@@ -26,8 +26,7 @@ struct TargetStep {
     Fingerprint fingerprint;
 };
 
-QString seconds(const QElapsedTimer& timer)
-{
+QString seconds(const QElapsedTimer& timer) {
     return QString::asprintf("%f", static_cast<double>(timer.nsecsElapsed()) / 1e9);
 }
 
@@ -35,32 +34,27 @@ QString seconds(const QElapsedTimer& timer)
 
 ScanEngine::ScanEngine(ScanState& state, ScanObserver& observer)
     : m_state(state)
-    , m_observer(observer)
-{
+    , m_observer(observer) {
     rebuildIgnoreSets();
 }
 
-void ScanEngine::rebuildIgnoreSets()
-{
-    m_ignoredTypes = QSet<QString>(m_state.settings.ignoreFileTypeList.cbegin(),
-        m_state.settings.ignoreFileTypeList.cend());
+void ScanEngine::rebuildIgnoreSets() {
+    m_ignoredTypes
+        = QSet<QString>(m_state.settings.ignoreFileTypeList.cbegin(), m_state.settings.ignoreFileTypeList.cend());
     m_ignoredFolders.clear();
     for (const QString& folder : m_state.settings.ignoreFolderList)
         m_ignoredFolders.insert(folder.toUtf8());
 }
 
-bool ScanEngine::isIgnoredType(const QByteArray& path) const
-{
+bool ScanEngine::isIgnoredType(const QByteArray& path) const {
     return m_ignoredTypes.contains(PathBytes::lowerExtension(path));
 }
 
-qint64 ScanEngine::fileSizeOf(const QByteArray& path)
-{
+qint64 ScanEngine::fileSizeOf(const QByteArray& path) {
     return FileSystem::fileSizeOf(path);
 }
 
-bool ScanEngine::checkForWhiteList(const QByteArray& path) const
-{
+bool ScanEngine::checkForWhiteList(const QByteArray& path) const {
     if (path.isEmpty())
         return true;
     QByteArray current = path;
@@ -75,8 +69,7 @@ bool ScanEngine::checkForWhiteList(const QByteArray& path) const
     }
 }
 
-void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor)
-{
+void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor) {
     rebuildIgnoreSets();
     const ScanSettings& settings = m_state.settings;
     FingerprintTable& unitTable = flavor == Flavor::FolderScan ? m_state.hashDic : m_state.AllFileFolderDic;
@@ -122,7 +115,7 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor)
                     ++totalCount;
                 } else if (info.allocated >= settings.nub) {
                     step.action = TargetStep::Record;
-                    pool.submit({ step.path, &step.fingerprint }); // counted when hashed
+                    pool.submit({ step.path, &step.fingerprint, info.size }); // counted when hashed
                 }
             } else if (isFolder) {
                 if (m_ignoredFolders.contains(step.path)) {
@@ -173,8 +166,7 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor)
     }
 }
 
-void ScanEngine::walkFlat(const QList<QByteArray>& targets, Flavor flavor)
-{
+void ScanEngine::walkFlat(const QList<QByteArray>& targets, Flavor flavor) {
     rebuildIgnoreSets();
     FingerprintTable& unitTable = flavor == Flavor::FolderScan ? m_state.hashDic : m_state.AllFileFolderDic;
     FingerprintTable& fileTable = flavor == Flavor::FolderScan ? m_state.hashDic : m_state.AllFileFileDic;
@@ -202,7 +194,7 @@ void ScanEngine::walkFlat(const QList<QByteArray>& targets, Flavor flavor)
                     continue;
                 step.fileTable = true;
                 step.action = TargetStep::Record;
-                pool.submit({ step.path, &step.fingerprint });
+                pool.submit({ step.path, &step.fingerprint, info.size });
             } else if (info.kind == FileSystem::Kind::Directory) {
                 const auto sum = FileSystem::sumUnit(step.path, FileSystem::SizeKey::Allocated);
                 step.fingerprint = unitFingerprint(sum.bytes, PathBytes::pathExtension(step.path));
@@ -218,8 +210,7 @@ void ScanEngine::walkFlat(const QList<QByteArray>& targets, Flavor flavor)
     }
 }
 
-void ScanEngine::scannigWithCheckingSubDirectory(const QList<QByteArray>& targets)
-{
+void ScanEngine::scannigWithCheckingSubDirectory(const QList<QByteArray>& targets) {
     Log::line(QStringLiteral("scannigWithCheckingSubDirectory"));
     QElapsedTimer timer;
     timer.start();
@@ -228,14 +219,12 @@ void ScanEngine::scannigWithCheckingSubDirectory(const QList<QByteArray>& target
     identifyDuplicates();
 }
 
-void ScanEngine::scannigWithoutCheckingSubDirectory(const QList<QByteArray>& targets)
-{
+void ScanEngine::scannigWithoutCheckingSubDirectory(const QList<QByteArray>& targets) {
     walkFlat(targets, Flavor::FolderScan);
     identifyDuplicates();
 }
 
-void ScanEngine::performScanningSelector(const QList<QByteArray>& targets)
-{
+void ScanEngine::performScanningSelector(const QList<QByteArray>& targets) {
     QElapsedTimer timer;
     timer.start();
     walkRecursive(targets, Flavor::ListScan);
@@ -243,14 +232,12 @@ void ScanEngine::performScanningSelector(const QList<QByteArray>& targets)
     scanAddedFolder();
 }
 
-void ScanEngine::performScanning(const QList<QByteArray>& targets)
-{
+void ScanEngine::performScanning(const QList<QByteArray>& targets) {
     walkFlat(targets, Flavor::ListScan);
     m_observer.runScanAddedFolderLater([this] { scanAddedFolder(); });
 }
 
-void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& targets)
-{
+void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& targets) {
     rebuildIgnoreSets();
     QElapsedTimer timer;
     timer.start();
@@ -265,9 +252,9 @@ void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& target
     std::deque<TargetStep> steps; // addresses stay put while the pool writes into them
     {
         HashPool pool(totalCount);
-        auto take = [&](const QByteArray& path) {
+        auto take = [&](const QByteArray& path, qint64 size) {
             steps.push_back(TargetStep { path, TargetStep::Record, false, -1, Fingerprint() });
-            pool.submit({ path, &steps.back().fingerprint });
+            pool.submit({ path, &steps.back().fingerprint, size });
         };
         for (const QByteArray& target : targets) {
             FileSystem::ItemInfo info;
@@ -287,12 +274,12 @@ void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& target
                         : item.allocated;
                     if (size < nub)
                         return;
-                    take(path);
+                    take(path, item.size);
                 });
             } else if (info.kind == FileSystem::Kind::Regular) {
                 if (PathBytes::isHidden(target) || isIgnoredType(target) || info.allocated < nub)
                     continue;
-                take(target);
+                take(target, info.size);
             }
         }
         pool.waitForAll();
@@ -303,8 +290,7 @@ void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& target
     scanAddedFolder();
 }
 
-void ScanEngine::removeSubFromList(const QList<QByteArray>& folders)
-{
+void ScanEngine::removeSubFromList(const QList<QByteArray>& folders) {
     std::vector<FingerprintTable::Entry> entries = m_state.hashDic.takeDistinct();
     for (FingerprintTable::Entry& entry : entries) {
         const bool below = std::any_of(folders.cbegin(), folders.cend(),
@@ -314,8 +300,7 @@ void ScanEngine::removeSubFromList(const QList<QByteArray>& folders)
     }
 }
 
-void ScanEngine::removeSub(const QList<QByteArray>& folders)
-{
+void ScanEngine::removeSub(const QList<QByteArray>& folders) {
     std::vector<FingerprintTable::Entry> entries = m_state.AllFileFolderDic.takeDistinct();
     for (FingerprintTable::Entry& entry : entries) {
         const bool below = std::any_of(folders.cbegin(), folders.cend(),
@@ -325,8 +310,7 @@ void ScanEngine::removeSub(const QList<QByteArray>& folders)
     }
 }
 
-void ScanEngine::identifyDuplicates()
-{
+void ScanEngine::identifyDuplicates() {
     QElapsedTimer timer;
     timer.start();
     m_observer.detectionWillStart();
@@ -351,8 +335,7 @@ void ScanEngine::identifyDuplicates()
     m_observer.afterScanningDone();
 }
 
-void ScanEngine::scanAddedFolder()
-{
+void ScanEngine::scanAddedFolder() {
     m_observer.setFlo(1);
     m_state.AllFileFileDic.clear(); // file fingerprints of this path are not grouped
     DepthOrderedKeys keys = DepthOrderedKeys::fromTable(m_state.AllFileFolderDic);
@@ -374,8 +357,7 @@ void ScanEngine::scanAddedFolder()
     m_observer.afterScan();
 }
 
-void ScanEngine::checkDuplicates(DepthOrderedKeys keys)
-{
+void ScanEngine::checkDuplicates(DepthOrderedKeys keys) {
     QElapsedTimer timer;
     timer.start();
     GroupingCallbacks callbacks;
@@ -390,8 +372,7 @@ void ScanEngine::checkDuplicates(DepthOrderedKeys keys)
     Log::line(QStringLiteral("duplicate time ") + seconds(timer));
 }
 
-void ScanEngine::makeDupliucateList(const QList<QByteArray>& paths, qint64 size)
-{
+void ScanEngine::makeDupliucateList(const QList<QByteArray>& paths, qint64 size) {
     const qint64 now = currentTimeNs();
     QList<FileDictionary> members;
     members.reserve(paths.size());

@@ -5,8 +5,7 @@
 #include <QDir>
 #include <cmath>
 
-QStringList ScanSettings::defaultIgnoreFileTypeList()
-{
+QStringList ScanSettings::defaultIgnoreFileTypeList() {
     return { QStringLiteral("h"), QStringLiteral("m"), QStringLiteral("php"), QStringLiteral("css"),
         QStringLiteral("js"), QStringLiteral("java"), QStringLiteral("jar"), QStringLiteral("c"), QStringLiteral("cpp"),
         QStringLiteral("pch"), QStringLiteral("py"), QStringLiteral("lib"), QStringLiteral("dylib"),
@@ -16,14 +15,12 @@ QStringList ScanSettings::defaultIgnoreFileTypeList()
         QStringLiteral("xcodeproj"), QStringLiteral("dae"), QStringLiteral("xcarchive"), QStringLiteral("sqlite") };
 }
 
-QStringList ScanSettings::defaultIgnoreFolderList()
-{
+QStringList ScanSettings::defaultIgnoreFolderList() {
     // The user's ~/.local plays the part of the Library folder: caches and application data.
     return { QDir::homePath() + QStringLiteral("/.local") };
 }
 
-qint64 getSizeFromslidervalue(double value)
-{
+qint64 getSizeFromslidervalue(double value) {
     const auto s = static_cast<qint64>(value * 8.0);
     double d;
     if (s < 8) {
@@ -40,8 +37,7 @@ qint64 getSizeFromslidervalue(double value)
 
 namespace {
 
-QString loadFlag(SettingsStore& store, const QString& key)
-{
+QString loadFlag(SettingsStore& store, const QString& key) {
     if (store.contains(key))
         return store.string(key);
     const QString fallback = QStringLiteral("y");
@@ -49,8 +45,7 @@ QString loadFlag(SettingsStore& store, const QString& key)
     return fallback;
 }
 
-QStringList loadList(SettingsStore& store, const QString& key, const QStringList& fallback)
-{
+QStringList loadList(SettingsStore& store, const QString& key, const QStringList& fallback) {
     if (store.contains(key))
         return store.stringList(key);
     store.setValue(key, fallback);
@@ -59,8 +54,7 @@ QStringList loadList(SettingsStore& store, const QString& key, const QStringList
 
 } // namespace
 
-void getAppSetting(ScanSettings& settings, SettingsStore& store)
-{
+void getAppSetting(ScanSettings& settings, SettingsStore& store) {
     settings.checkSubDir = loadFlag(store, QStringLiteral("checkSubDir"));
     settings.checkHdn = loadFlag(store, QStringLiteral("checkHdn"));
     settings.checkPKG = loadFlag(store, QStringLiteral("checkPKG"));

@@ -3,40 +3,31 @@
 #include <QDir>
 
 SettingsStore::SettingsStore()
-    : SettingsStore(defaultFilePath())
-{
-}
+    : SettingsStore(defaultFilePath()) { }
 
 SettingsStore::SettingsStore(const QString& filePath)
-    : m_settings(std::make_unique<QSettings>(filePath, QSettings::IniFormat))
-{
-}
+    : m_settings(std::make_unique<QSettings>(filePath, QSettings::IniFormat)) { }
 
-QString SettingsStore::defaultFilePath()
-{
+QString SettingsStore::defaultFilePath() {
     QString base = qEnvironmentVariable("XDG_CONFIG_HOME");
     if (base.isEmpty() || !QDir::isAbsolutePath(base))
         base = QDir::homePath() + QStringLiteral("/.config");
     return base + QStringLiteral("/twinsift/twinsift.ini");
 }
 
-QString SettingsStore::filePath() const
-{
+QString SettingsStore::filePath() const {
     return m_settings->fileName();
 }
 
-bool SettingsStore::contains(const QString& key) const
-{
+bool SettingsStore::contains(const QString& key) const {
     return m_settings->contains(key);
 }
 
-QString SettingsStore::string(const QString& key) const
-{
+QString SettingsStore::string(const QString& key) const {
     return m_settings->value(key).toString();
 }
 
-QStringList SettingsStore::stringList(const QString& key) const
-{
+QStringList SettingsStore::stringList(const QString& key) const {
     const QVariant value = m_settings->value(key);
     if (!value.isValid())
         return QStringList();
@@ -45,42 +36,34 @@ QStringList SettingsStore::stringList(const QString& key) const
     return value.toStringList();
 }
 
-double SettingsStore::doubleValue(const QString& key) const
-{
+double SettingsStore::doubleValue(const QString& key) const {
     return m_settings->value(key).toDouble();
 }
 
-QByteArray SettingsStore::bytes(const QString& key) const
-{
+QByteArray SettingsStore::bytes(const QString& key) const {
     return m_settings->value(key).toByteArray();
 }
 
-void SettingsStore::setValue(const QString& key, const QString& value)
-{
+void SettingsStore::setValue(const QString& key, const QString& value) {
     m_settings->setValue(key, value);
 }
 
-void SettingsStore::setValue(const QString& key, const QStringList& value)
-{
+void SettingsStore::setValue(const QString& key, const QStringList& value) {
     m_settings->setValue(key, value);
 }
 
-void SettingsStore::setDouble(const QString& key, double value)
-{
+void SettingsStore::setDouble(const QString& key, double value) {
     m_settings->setValue(key, value);
 }
 
-void SettingsStore::setBytes(const QString& key, const QByteArray& value)
-{
+void SettingsStore::setBytes(const QString& key, const QByteArray& value) {
     m_settings->setValue(key, value);
 }
 
-void SettingsStore::remove(const QString& key)
-{
+void SettingsStore::remove(const QString& key) {
     m_settings->remove(key);
 }
 
-void SettingsStore::synchronize()
-{
+void SettingsStore::synchronize() {
     m_settings->sync();
 }

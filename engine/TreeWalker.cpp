@@ -18,8 +18,7 @@ namespace {
 constexpr int kMaxDepth = 2048;
 
 // Kernel and process information presented as files; reading them is meaningless and can block.
-bool isVirtualFileSystem(const QByteArray& path)
-{
+bool isVirtualFileSystem(const QByteArray& path) {
     struct statfs info;
     FileSystem::Fd fd(FileSystem::openPath(path, O_RDONLY | O_DIRECTORY));
     if (!fd.isValid() || ::fstatfs(fd.get(), &info) != 0)
@@ -45,8 +44,7 @@ bool isVirtualFileSystem(const QByteArray& path)
 
 } // namespace
 
-Fingerprint unitFingerprint(qint64 totalSize, const QByteArray& extension)
-{
+Fingerprint unitFingerprint(qint64 totalSize, const QByteArray& extension) {
     return Fingerprint::fromDigest(md5Digest(QByteArray::number(totalSize) + extension));
 }
 
@@ -54,12 +52,9 @@ TreeWalker::TreeWalker(const WalkRules& rules, FolderTree& tree, HashPool& pool,
     : m_rules(rules)
     , m_tree(tree)
     , m_pool(pool)
-    , m_totalCount(totalCount)
-{
-}
+    , m_totalCount(totalCount) { }
 
-qint32 TreeWalker::addNode(const QByteArray& path, qint32 parent, const FileSystem::ItemInfo& info, bool enter)
-{
+qint32 TreeWalker::addNode(const QByteArray& path, qint32 parent, const FileSystem::ItemInfo& info, bool enter) {
     const auto index = static_cast<qint32>(m_tree.nodes.size());
     m_tree.nodes.push_back(FolderTreeNode { path, {} });
     const int depth = parent < 0 ? 0 : m_origins[static_cast<size_t>(parent)].depth + 1;
@@ -67,8 +62,7 @@ qint32 TreeWalker::addNode(const QByteArray& path, qint32 parent, const FileSyst
     return index;
 }
 
-bool TreeWalker::mayEnter(qint32 parent, const FileSystem::ItemInfo& info) const
-{
+bool TreeWalker::mayEnter(qint32 parent, const FileSystem::ItemInfo& info) const {
     const Origin& origin = m_origins[static_cast<size_t>(parent)];
     if (origin.depth + 1 > kMaxDepth)
         return false;
@@ -80,8 +74,7 @@ bool TreeWalker::mayEnter(qint32 parent, const FileSystem::ItemInfo& info) const
     return true;
 }
 
-qint32 TreeWalker::walkFolder(const QByteArray& path)
-{
+qint32 TreeWalker::walkFolder(const QByteArray& path) {
     FileSystem::ItemInfo info;
     FileSystem::stat(path, info);
     const qint32 root = addNode(path, -1, info, !isVirtualFileSystem(path));
@@ -95,8 +88,7 @@ qint32 TreeWalker::walkFolder(const QByteArray& path)
     return root;
 }
 
-void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending)
-{
+void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
     if (!m_origins[static_cast<size_t>(index)].enter)
         return;
     FolderTreeNode& folder = m_tree.nodes[static_cast<size_t>(index)];
@@ -131,8 +123,8 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending)
         FolderChild child;
         if (info.kind == FileSystem::Kind::Directory) {
             const QByteArray extension = PathBytes::pathExtension(name);
-            const bool opaque = PathBytes::isPackageExtension(extension) || PathBytes::isHiddenName(name)
-                || extension == "framework";
+            const bool opaque
+                = PathBytes::isPackageExtension(extension) || PathBytes::isHiddenName(name) || extension == "framework";
             const QByteArray childPath = PathBytes::appendingComponent(folder.path, name);
             if (opaque) {
                 child.marker = ChildMarker::FD;
@@ -164,6 +156,7 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending)
                 continue;
             child.marker = ChildMarker::F;
             child.allocated = info.allocated;
+            child.size = info.size;
             if (m_rules.ignoredTypes.contains(PathBytes::lowerExtension(name))) {
                 child.excluded = true;
                 m_totalCount.fetch_add(1, std::memory_order_relaxed);
@@ -181,7 +174,7 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending)
     std::vector<HashPool::Job> jobs;
     for (FolderChild& child : node.children) {
         if (child.marker == ChildMarker::F && !child.excluded)
-            jobs.push_back({ PathBytes::appendingComponent(node.path, child.name), &child.fingerprint });
+            jobs.push_back({ PathBytes::appendingComponent(node.path, child.name), &child.fingerprint, child.size });
     }
     m_pool.submit(std::move(jobs));
     // Depth first, in name order, so that hashing follows the folders as they were listed.

@@ -11,8 +11,7 @@ namespace ByteCountFormatter {
 namespace {
 
 // Adds the thousands separators to a run of integer digits.
-std::string groupDigits(const std::string& digits)
-{
+std::string groupDigits(const std::string& digits) {
     std::string out;
     const size_t n = digits.size();
     for (size_t i = 0; i < n; ++i) {
@@ -24,8 +23,7 @@ std::string groupDigits(const std::string& digits)
 }
 
 // Half-even rounding of a plain decimal digit string ("123.456") to `digits` fraction digits.
-std::string roundDigits(const std::string& text, int digits)
-{
+std::string roundDigits(const std::string& text, int digits) {
     const size_t point = text.find('.');
     std::string integer = point == std::string::npos ? text : text.substr(0, point);
     std::string fraction = point == std::string::npos ? std::string() : text.substr(point + 1);
@@ -62,8 +60,7 @@ std::string roundDigits(const std::string& text, int digits)
     return fraction.empty() ? integer : integer + '.' + fraction;
 }
 
-std::string shortestFixed(double value)
-{
+std::string shortestFixed(double value) {
     std::array<char, 64> buffer {};
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed);
     return std::string(buffer.data(), result.ptr);
@@ -71,13 +68,11 @@ std::string shortestFixed(double value)
 
 } // namespace
 
-QString roundedDecimal(double value, int digits)
-{
+QString roundedDecimal(double value, int digits) {
     return QString::fromStdString(roundDigits(shortestFixed(value), digits));
 }
 
-QString grouped(qint64 value)
-{
+QString grouped(qint64 value) {
     const bool negative = value < 0;
     const unsigned long long magnitude
         = negative ? 0ull - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value);
@@ -85,8 +80,7 @@ QString grouped(qint64 value)
     return QString::fromStdString((negative ? "-" : "") + groupDigits(digits));
 }
 
-QString format(qint64 bytes, Style style)
-{
+QString format(qint64 bytes, Style style) {
     if (bytes == 0)
         return QStringLiteral("Zero KB");
     const bool negative = bytes < 0;

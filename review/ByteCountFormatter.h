@@ -14,8 +14,12 @@ enum class Style {
 };
 
 QString format(qint64 bytes, Style style);
-inline QString decimal(qint64 bytes) { return format(bytes, Style::Decimal); }
-inline QString binary(qint64 bytes) { return format(bytes, Style::Binary); }
+inline QString decimal(qint64 bytes) {
+    return format(bytes, Style::Decimal);
+}
+inline QString binary(qint64 bytes) {
+    return format(bytes, Style::Binary);
+}
 
 // Rounds a non-negative value half-even to `digits` fraction digits, working on its shortest
 // round-trip decimal form, and writes it without trailing zeros ("1.05" at 1 digit is "1").

@@ -6,16 +6,14 @@
 
 namespace StatusTexts {
 
-QString convertNumberToString(qint64 bytes)
-{
+QString convertNumberToString(qint64 bytes) {
     if (bytes == 0)
         return QStringLiteral("0 Byte");
     return ByteCountFormatter::decimal(bytes);
 }
 
-QString mainToolBarText(int typetoolbar, quint64 totalDuplicateCount, quint64 wastedSpaceDuplicates,
-    qsizetype selectedCount)
-{
+QString mainToolBarText(
+    int typetoolbar, quint64 totalDuplicateCount, quint64 wastedSpaceDuplicates, qsizetype selectedCount) {
     const QString result = QStringLiteral("%1 Duplicates. Total: %2 \n Select duplicates for removal.")
                                .arg(totalDuplicateCount)
                                .arg(convertNumberToString(static_cast<qint64>(wastedSpaceDuplicates)));
@@ -38,13 +36,11 @@ QString mainToolBarText(int typetoolbar, quint64 totalDuplicateCount, quint64 wa
     }
 }
 
-bool toolBarBusyIndicatorShown(int typetoolbar)
-{
+bool toolBarBusyIndicatorShown(int typetoolbar) {
     return typetoolbar >= 2 && typetoolbar <= 4;
 }
 
-QString scannedCount(qint64 count, const QString& localeName)
-{
+QString scannedCount(qint64 count, const QString& localeName) {
     const QLocale locale = localeName.isEmpty() ? QLocale::system() : QLocale(localeName);
     return locale.toString(count);
 }

@@ -10,8 +10,8 @@ QString convertNumberToString(qint64 bytes);
 
 // The toolbar text of toolbar state 0 to 6 (see setMainToolBarText:); an empty text where the
 // state shows none (scanning states and unknown states).
-QString mainToolBarText(int typetoolbar, quint64 totalDuplicateCount, quint64 wastedSpaceDuplicates,
-    qsizetype selectedCount);
+QString mainToolBarText(
+    int typetoolbar, quint64 totalDuplicateCount, quint64 wastedSpaceDuplicates, qsizetype selectedCount);
 // Whether the toolbar's busy indicator shows in a state.
 bool toolBarBusyIndicatorShown(int typetoolbar);
 

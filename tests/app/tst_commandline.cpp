@@ -15,8 +15,7 @@ struct Run {
     QByteArray err;
 };
 
-QByteArray drain(std::FILE* file)
-{
+QByteArray drain(std::FILE* file) {
     std::fflush(file);
     std::rewind(file);
     QByteArray bytes;
@@ -28,8 +27,7 @@ QByteArray drain(std::FILE* file)
     return bytes;
 }
 
-Run twinsift(const QList<QByteArray>& arguments)
-{
+Run twinsift(const QList<QByteArray>& arguments) {
     std::FILE* out = std::tmpfile();
     std::FILE* err = std::tmpfile();
     const int status = CommandLine::run(arguments, out, err);
@@ -42,8 +40,7 @@ class TestCommandLine : public QObject {
     Q_OBJECT
 
 private slots:
-    void jsonHasTheDocumentedShape()
-    {
+    void jsonHasTheDocumentedShape() {
         TempEnvironment environment;
         TempTree tree;
         tree.file("A/photo.jpg", "same picture");
@@ -81,14 +78,13 @@ private slots:
         QVERIFY(!run.out.contains("scanInBGThread"));
     }
 
-    void optionsOverrideWithoutWritingTheStore()
-    {
+    void optionsOverrideWithoutWritingTheStore() {
         TempEnvironment environment;
         TempTree tree;
         tree.file("a.txt", "x");
         tree.file("b.txt", "x");
-        const Run flat = twinsift({ "scan", "--subdirs=n", "--min-size", "0", "--ignore-types", "",
-            "--ignore-folder", tree.path("nothing"), "--format", "csv", tree.path("a.txt"), tree.path("b.txt") });
+        const Run flat = twinsift({ "scan", "--subdirs=n", "--min-size", "0", "--ignore-types", "", "--ignore-folder",
+            tree.path("nothing"), "--format", "csv", tree.path("a.txt"), tree.path("b.txt") });
         QCOMPARE(flat.status, 0);
         QVERIFY(flat.out.startsWith("group,type,size,original,path,created\n"));
         QCOMPARE(flat.out.count('\n'), 3);
@@ -97,8 +93,7 @@ private slots:
         QCOMPARE(store.stringList(QStringLiteral("ignoreFileTypeList")).size(), 29);
     }
 
-    void badUsageAndMissingPaths()
-    {
+    void badUsageAndMissingPaths() {
         TempEnvironment environment;
         TempTree tree;
         tree.file("f", "x");

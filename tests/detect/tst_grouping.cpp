@@ -5,8 +5,7 @@
 
 namespace {
 
-Fingerprint fp(const char* text)
-{
+Fingerprint fp(const char* text) {
     return Fingerprint::fromDigest(md5Digest(text));
 }
 
@@ -16,8 +15,7 @@ struct Outcome {
     int examined = 0;
 };
 
-Outcome group(FingerprintTable& table, qint64 minimum, const QHash<QByteArray, qint64>& sizes = {})
-{
+Outcome group(FingerprintTable& table, qint64 minimum, const QHash<QByteArray, qint64>& sizes = {}) {
     Outcome outcome;
     GroupingCallbacks callbacks;
     callbacks.sizeOf = [&](const QByteArray& path) { return sizes.value(path, 100); };
@@ -36,8 +34,7 @@ class TestGrouping : public QObject {
     Q_OBJECT
 
 private slots:
-    void groupedFoldersSwallowTheirContents()
-    {
+    void groupedFoldersSwallowTheirContents() {
         FingerprintTable table;
         // Recorded deepest first, as the folder nodes publish; grouping visits shallow first.
         table.insert("/r/A/f", fp("file"));
@@ -52,8 +49,7 @@ private slots:
         QVERIFY(table.isEmpty());
     }
 
-    void bundleContentsAreNotPruned()
-    {
+    void bundleContentsAreNotPruned() {
         FingerprintTable table;
         table.insert("/r/A", fp("folder"));
         table.insert("/r/B", fp("folder"));
@@ -61,12 +57,11 @@ private slots:
         table.insert("/r/A/plain/f", fp("inner"));
         table.insert("/r/C/f", fp("inner"));
         const Outcome outcome = group(table, 0);
-        QCOMPARE(outcome.groups,
-            (QList<QList<QByteArray>> { { "/r/A", "/r/B" }, { "/r/C/f", "/r/A/x.app/Contents/f" } }));
+        QCOMPARE(
+            outcome.groups, (QList<QList<QByteArray>> { { "/r/A", "/r/B" }, { "/r/C/f", "/r/A/x.app/Contents/f" } }));
     }
 
-    void minimumSizeDropsGroupsButStillPrunes()
-    {
+    void minimumSizeDropsGroupsButStillPrunes() {
         FingerprintTable table;
         table.insert("/r/A", fp("folder"));
         table.insert("/r/B", fp("folder"));
@@ -82,8 +77,7 @@ private slots:
         QCOMPARE(outcome.examined, 6);
     }
 
-    void unreadableItemsGroupTogether()
-    {
+    void unreadableItemsGroupTogether() {
         FingerprintTable table;
         table.insert("/r/a", Fingerprint::noHash());
         table.insert("/r/b", Fingerprint::noHash());
@@ -91,8 +85,7 @@ private slots:
         QCOMPARE(group(table, 0).groups, (QList<QList<QByteArray>> { { "/r/a", "/r/b", "/r/c/d" } }));
     }
 
-    void aRepeatedPathKeepsItsPlaceAndItsLastValue()
-    {
+    void aRepeatedPathKeepsItsPlaceAndItsLastValue() {
         FingerprintTable table;
         table.insert("/r/a", fp("old"));
         table.insert("/r/b", fp("new"));
@@ -103,8 +96,7 @@ private slots:
         QCOMPARE(outcome.examined, 3);
     }
 
-    void rootTargetPrunesEverything()
-    {
+    void rootTargetPrunesEverything() {
         FingerprintTable table;
         table.insert("/", fp("x"));
         table.insert("/other", fp("x"));

@@ -9,8 +9,7 @@ class TestHash : public QObject {
     Q_OBJECT
 
 private slots:
-    void fileDigestsMatchTheWholeContent_data()
-    {
+    void fileDigestsMatchTheWholeContent_data() {
         QTest::addColumn<qint64>("size");
         QTest::newRow("empty") << qint64(0);
         QTest::newRow("one byte") << qint64(1);
@@ -18,23 +17,23 @@ private slots:
         QTest::newRow("block and a byte") << qint64(4097);
         QTest::newRow("many blocks") << qint64(3 * 1024 * 1024 + 17);
     }
-    void fileDigestsMatchTheWholeContent()
-    {
+    void fileDigestsMatchTheWholeContent() {
         QFETCH(qint64, size);
         TempTree tree;
         QByteArray content(size, Qt::Uninitialized);
         for (qint64 i = 0; i < size; ++i)
             content[i] = static_cast<char>((i * 131) ^ (i >> 8));
         const QByteArray path = tree.file("f", content);
-        QCOMPARE(*FileHash::md5HashOfFileAtPath(path), QCryptographicHash::hash(content, QCryptographicHash::Md5).toHex());
-        QCOMPARE(*FileHash::sha1HashOfFileAtPath(path), QCryptographicHash::hash(content, QCryptographicHash::Sha1).toHex());
+        QCOMPARE(
+            *FileHash::md5HashOfFileAtPath(path), QCryptographicHash::hash(content, QCryptographicHash::Md5).toHex());
+        QCOMPARE(
+            *FileHash::sha1HashOfFileAtPath(path), QCryptographicHash::hash(content, QCryptographicHash::Sha1).toHex());
         QCOMPARE(FileHash::sha512HashOfFileAtPath(path)->size(), 128);
         if (size == 0)
             QCOMPARE(*FileHash::md5HashOfFileAtPath(path), QByteArray("d41d8cd98f00b204e9800998ecf8427e"));
     }
 
-    void itemsThatCannotBeReadGiveNoValue()
-    {
+    void itemsThatCannotBeReadGiveNoValue() {
         TempTree tree;
         tree.folder("dir");
         tree.fifo("pipe"); // must not block
@@ -47,8 +46,7 @@ private slots:
         QVERIFY(FileHash::md5HashOfFileAtPath(tree.path("target")));
     }
 
-    void longAndOddPathsAreReached()
-    {
+    void longAndOddPathsAreReached() {
         TempTree tree;
         QByteArray relative;
         while (relative.size() < 5000)
@@ -58,20 +56,20 @@ private slots:
         QCOMPARE(*FileHash::md5HashOfFileAtPath(deep), md5("deep"));
     }
 
-    void textDigests()
-    {
+    void textDigests() {
         QCOMPARE(md5("0"), QByteArray("cfcd208495d565ef66e7dff9f98764da"));
         QCOMPARE(md5(QByteArray("ab\0cd", 5)), md5("ab")); // up to the first zero byte
-        QCOMPARE(MD5(QByteArray("ab\0cd", 5)), QCryptographicHash::hash(QByteArray("ab\0cd", 5), QCryptographicHash::Md5).toHex());
+        QCOMPARE(MD5(QByteArray("ab\0cd", 5)),
+            QCryptographicHash::hash(QByteArray("ab\0cd", 5), QCryptographicHash::Md5).toHex());
         QCOMPARE(MD5Str("abc"), MD5("abc"));
     }
 
-    void timeStampsAreUniqueAndFormatted()
-    {
+    void timeStampsAreUniqueAndFormatted() {
         QByteArray previous;
         for (int i = 0; i < 1000; ++i) {
             const QByteArray text = createRandomBytes().text();
-            QVERIFY(QRegularExpression(QStringLiteral("^\\d{10}\\.\\d{6}$")).match(QString::fromLatin1(text)).hasMatch());
+            QVERIFY(
+                QRegularExpression(QStringLiteral("^\\d{10}\\.\\d{6}$")).match(QString::fromLatin1(text)).hasMatch());
             QVERIFY2(text != previous, text.constData());
             previous = text;
         }
@@ -79,8 +77,7 @@ private slots:
         QCOMPARE(Fingerprint::noHash().text(), QByteArray("NOHash"));
     }
 
-    void typeClassesComeFromTheExtension_data()
-    {
+    void typeClassesComeFromTheExtension_data() {
         QTest::addColumn<QByteArray>("path");
         QTest::addColumn<int>("category");
         QTest::addColumn<QString>("text");
@@ -96,8 +93,7 @@ private slots:
         QTest::newRow("office is not an archive") << QByteArray("/a/x.docx") << 70 << "Other";
         QTest::newRow("no extension") << QByteArray("/a/README") << 70 << "Other";
     }
-    void typeClassesComeFromTheExtension()
-    {
+    void typeClassesComeFromTheExtension() {
         QFETCH(QByteArray, path);
         QFETCH(int, category);
         QFETCH(QString, text);

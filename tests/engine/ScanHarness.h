@@ -10,8 +10,7 @@
 // fingerprint table as it stood when grouping began.
 class ScanHarness : public ScanObserver {
 public:
-    ScanHarness()
-    {
+    ScanHarness() {
         ScanSettings& s = state.settings;
         s.nub = 0;
         s.ignoreFileTypeList = ScanSettings::defaultIgnoreFileTypeList();
@@ -20,14 +19,12 @@ public:
 
     void detectionWillStart() override { table = state.hashDic.toTextMap(); }
     void afterScan() override { table = listTable; }
-    void setFlo(int flo) override
-    {
+    void setFlo(int flo) override {
         if (flo == 1)
             listTable = state.AllFileFolderDic.toTextMap();
     }
 
-    void scan(const QList<QByteArray>& targets)
-    {
+    void scan(const QList<QByteArray>& targets) {
         ScanEngine engine(state, *this);
         if (state.settings.checkSubDir == QLatin1String("n"))
             engine.scannigWithoutCheckingSubDirectory(targets);
@@ -35,8 +32,7 @@ public:
             engine.scannigWithCheckingSubDirectory(targets);
     }
 
-    QList<QList<QByteArray>> groups() const
-    {
+    QList<QList<QByteArray>> groups() const {
         QList<QList<QByteArray>> out;
         for (const DuplicateGroupPtr& group : state.duplicateMainArray) {
             QList<QByteArray> paths;

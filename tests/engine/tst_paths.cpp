@@ -5,8 +5,7 @@
 namespace {
 
 // "%E9" stands for the lone surrogate U+DCE9; everything else is ASCII.
-QString escaped(const char* text)
-{
+QString escaped(const char* text) {
     QString out;
     for (const char* p = text; *p; ++p) {
         if (*p == '%') {
@@ -25,8 +24,7 @@ class TestPaths : public QObject {
     Q_OBJECT
 
 private slots:
-    void extensionFollowsTheFileUrlRule_data()
-    {
+    void extensionFollowsTheFileUrlRule_data() {
         QTest::addColumn<QByteArray>("path");
         QTest::addColumn<QByteArray>("extension");
         QTest::newRow("plain") << QByteArray("/a/b.jpg") << QByteArray("jpg");
@@ -42,15 +40,13 @@ private slots:
         QTest::newRow("root") << QByteArray("/") << QByteArray();
         QTest::newRow("bundle") << QByteArray("/a/dir.app") << QByteArray("app");
     }
-    void extensionFollowsTheFileUrlRule()
-    {
+    void extensionFollowsTheFileUrlRule() {
         QFETCH(QByteArray, path);
         QFETCH(QByteArray, extension);
         QCOMPARE(PathBytes::pathExtension(path), extension);
     }
 
-    void componentsAndNormalising()
-    {
+    void componentsAndNormalising() {
         QCOMPARE(PathBytes::lastPathComponent("/tmp/scratch.tiff"), QByteArray("scratch.tiff"));
         QCOMPARE(PathBytes::lastPathComponent("/"), QByteArray("/"));
         QCOMPARE(PathBytes::deletingLastPathComponent("/a"), QByteArray("/"));
@@ -67,8 +63,7 @@ private slots:
         QCOMPARE(PathBytes::depth("/a/b/c"), 3);
     }
 
-    void surrogateEscapesEveryUndecodableByte_data()
-    {
+    void surrogateEscapesEveryUndecodableByte_data() {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("text");
         QTest::newRow("latin-1") << QByteArray("caf\xe9.txt") << escaped("caf%E9.txt");
@@ -80,16 +75,14 @@ private slots:
         QTest::newRow("valid multibyte") << QByteArray("\xc3\xa9\xf0\x9f\x98\x80")
                                          << QString::fromUtf8("\xc3\xa9\xf0\x9f\x98\x80");
     }
-    void surrogateEscapesEveryUndecodableByte()
-    {
+    void surrogateEscapesEveryUndecodableByte() {
         QFETCH(QByteArray, bytes);
         QFETCH(QString, text);
         QCOMPARE(PathBytes::decodeSurrogateEscape(bytes), text);
         QCOMPARE(PathBytes::isValidUtf8(bytes), text == QString::fromUtf8(bytes));
     }
 
-    void fileUrlsEncodeEveryByte()
-    {
+    void fileUrlsEncodeEveryByte() {
         QCOMPARE(PathBytes::fileUrl("/tmp/a b/\xc3\xbc#1.txt"), QByteArray("file:///tmp/a%20b/%C3%BC%231.txt"));
         QCOMPARE(PathBytes::fileUrl("/x/caf\xe9"), QByteArray("file:///x/caf%E9"));
     }

@@ -1,9 +1,9 @@
 #include "detect/FileHash.h"
 #include "engine/FileSystem.h"
 #include "engine/ScanEngine.h"
+#include "engine/ScanHarness.h"
 #include "engine/ScanObserver.h"
 #include "engine/ScanState.h"
-#include "engine/ScanHarness.h"
 #include "support/TempTree.h"
 
 #include <QRegularExpression>
@@ -11,28 +11,24 @@
 
 namespace {
 
-QByteArray md5Of(const QByteArray& text)
-{
+QByteArray md5Of(const QByteArray& text) {
     return md5(text);
 }
 
 // The fingerprint a folder gets from its children's fingerprints.
-QByteArray folderHash(QList<QByteArray> childTexts)
-{
+QByteArray folderHash(QList<QByteArray> childTexts) {
     std::sort(childTexts.begin(), childTexts.end(),
         [](const QByteArray& a, const QByteArray& b) { return a.toLower() < b.toLower(); });
     const QByteArray joined = childTexts.join();
     return md5Of(joined.isEmpty() ? QByteArrayLiteral("NOHASH") : joined);
 }
 
-bool isTimeStamp(const QByteArray& text)
-{
+bool isTimeStamp(const QByteArray& text) {
     static const QRegularExpression pattern(QStringLiteral("^\\d+\\.\\d{6}$"));
     return pattern.match(QString::fromLatin1(text)).hasMatch();
 }
 
-qint64 allocatedSize(const QByteArray& path)
-{
+qint64 allocatedSize(const QByteArray& path) {
     FileSystem::ItemInfo info;
     FileSystem::stat(path, info);
     return info.allocated;
@@ -44,8 +40,7 @@ class TestScan : public QObject {
     Q_OBJECT
 
 private slots:
-    void foldersMatchByTheirChildrenAlone()
-    {
+    void foldersMatchByTheirChildrenAlone() {
         TempTree tree;
         tree.file("A/one.txt", "alpha");
         tree.file("A/two.txt", "beta");
@@ -78,8 +73,7 @@ private slots:
         QCOMPARE(scan.state.totalCount.load(), qint64(14));
     }
 
-    void opaqueChildrenFollowThePackageSetting()
-    {
+    void opaqueChildrenFollowThePackageSetting() {
         TempTree tree;
         tree.file("E/pkg.app/Contents/f", "content");
         tree.file("E/keep.txt", "same");
@@ -108,8 +102,7 @@ private slots:
         QCOMPARE(units.state.totalCount.load(), qint64(4 + 4 + 3));
     }
 
-    void excludedChildrenMakeTheirFolderUnique()
-    {
+    void excludedChildrenMakeTheirFolderUnique() {
         TempTree tree;
         tree.file("I/a.plist", "p");
         tree.file("I/b.txt", "shared");
@@ -129,8 +122,7 @@ private slots:
         QCOMPARE(scan.groups(), (QList<QList<QByteArray>> { { tree.path("I/b.txt"), tree.path("J/b.txt") } }));
     }
 
-    void minimumSizeIsMeasuredOnDisk()
-    {
+    void minimumSizeIsMeasuredOnDisk() {
         TempTree tree;
         tree.file("M/tiny", "1");
         tree.sizedFile("M/big", 20000, 'b');
@@ -148,7 +140,8 @@ private slots:
         QVERIFY(scan.table.value(tree.path("M")) != scan.table.value(tree.path("N")));
         QVERIFY(!scan.table.contains(tree.path("M/tiny")));
         QCOMPARE(scan.groups(),
-            (QList<QList<QByteArray>> { { tree.path("exact copy.bin"), single }, { tree.path("M/big"), tree.path("N/big") } }));
+            (QList<QList<QByteArray>> {
+                { tree.path("exact copy.bin"), single }, { tree.path("M/big"), tree.path("N/big") } }));
 
         ScanHarness above;
         above.state.settings.nub = onDisk + 1;
@@ -157,8 +150,7 @@ private slots:
         QCOMPARE(above.state.totalCount.load(), qint64(0)); // skipped without counting
     }
 
-    void targetsFollowTheTopLevelRules()
-    {
+    void targetsFollowTheTopLevelRules() {
         TempTree tree;
         const QByteArray hiddenFile = tree.file(".profile", "x");
         const QByteArray hiddenFolder = tree.file(".config/app/settings", "12345");
@@ -189,8 +181,7 @@ private slots:
         QCOMPARE(scan.state.totalCount.load(), qint64(6));
     }
 
-    void flatRoutineComparesFoldersAsUnits()
-    {
+    void flatRoutineComparesFoldersAsUnits() {
         TempTree tree;
         const QByteArray code = tree.file("code.c", "int main(){}");
         tree.folder("empty1");
@@ -208,8 +199,7 @@ private slots:
         QCOMPARE(scan.groups(), (QList<QList<QByteArray>> { { tree.path("empty1"), tree.path("empty2") } }));
     }
 
-    void oddNamesAndSpecialItemsAreHandled()
-    {
+    void oddNamesAndSpecialItemsAreHandled() {
         TempTree tree;
         const QByteArray latin = tree.file("names/caf\xe9.txt", "same bytes");
         const QByteArray invalid = tree.file("names/\xff\xfe.bin", "same bytes");
@@ -225,8 +215,7 @@ private slots:
         QCOMPARE(scan.groups(), (QList<QList<QByteArray>> { { latin, newline, invalid } }));
     }
 
-    void listAndPhotoScansFillTheGroupDictionaries()
-    {
+    void listAndPhotoScansFillTheGroupDictionaries() {
         TempTree tree;
         tree.file("lib/2020/a.jpg", "jpeg bytes");
         tree.file("lib/2021/b.JPG", "jpeg bytes");
@@ -262,7 +251,8 @@ private slots:
         ScanEngine listEngine(list.state, list);
         listEngine.performScanningSelector({ tree.path("top/one.txt"), tree.path("top/two.txt"), tree.path("top") });
         QCOMPARE(list.state.DuplicateFileFolderArray.size(), 1);
-        QCOMPARE(list.state.DuplicateFileFolderArray.first().original.type, std::optional<QString>(QStringLiteral("Text")));
+        QCOMPARE(
+            list.state.DuplicateFileFolderArray.first().original.type, std::optional<QString>(QStringLiteral("Text")));
         QCOMPARE(list.state.totalDuplicateCountFolder.load(), qint64(2));
     }
 };

@@ -9,8 +9,7 @@ class TestSettings : public QObject {
     Q_OBJECT
 
 private slots:
-    void firstLoadWritesEveryDefault()
-    {
+    void firstLoadWritesEveryDefault() {
         TempEnvironment environment;
         {
             SettingsStore store;
@@ -26,16 +25,15 @@ private slots:
         // A fresh reader of the file sees all six keys with their types.
         QVERIFY(SettingsStore::defaultFilePath().startsWith(QString::fromUtf8(environment.configHome())));
         SettingsStore reread;
-        for (const char* key : { "checkSubDir", "checkHdn", "checkPKG", "SkipLessThen", "ignoreFileTypeList",
-                 "ignoreFolderList" })
+        for (const char* key :
+            { "checkSubDir", "checkHdn", "checkPKG", "SkipLessThen", "ignoreFileTypeList", "ignoreFolderList" })
             QVERIFY2(reread.contains(QLatin1String(key)), key);
         QCOMPARE(reread.doubleValue(QStringLiteral("SkipLessThen")), 38.318217);
         QCOMPARE(reread.stringList(QStringLiteral("ignoreFolderList")).size(), 1);
         QCOMPARE(reread.stringList(QStringLiteral("ignoreFileTypeList")).size(), 29);
     }
 
-    void storedValuesAreTakenAsTheyAre()
-    {
+    void storedValuesAreTakenAsTheyAre() {
         TempEnvironment environment;
         {
             SettingsStore store;
@@ -53,8 +51,7 @@ private slots:
         QCOMPARE(settings.ignoreFolderList, QStringList { QStringLiteral("/data/a, b") });
     }
 
-    void sliderMapping_data()
-    {
+    void sliderMapping_data() {
         QTest::addColumn<double>("position");
         QTest::addColumn<qint64>("bytes");
         QTest::newRow("left end") << 0.0 << qint64(0);
@@ -72,8 +69,7 @@ private slots:
         QTest::newRow("default") << 38.318217 << qint64(102400);
         QTest::newRow("default as stored float") << double(float(38.318217)) << qint64(102400);
     }
-    void sliderMapping()
-    {
+    void sliderMapping() {
         QFETCH(double, position);
         QFETCH(qint64, bytes);
         QCOMPARE(getSizeFromslidervalue(position), bytes);

@@ -2,18 +2,15 @@
 
 #include <QtTest>
 
-void ScriptedPrompter::expectAlert(int response, bool suppressed, int popUpIndex)
-{
+void ScriptedPrompter::expectAlert(int response, bool suppressed, int popUpIndex) {
     m_alerts.enqueue({ response, suppressed, popUpIndex });
 }
 
-void ScriptedPrompter::expectPanel(int response, const QList<QByteArray>& urls)
-{
+void ScriptedPrompter::expectPanel(int response, const QList<QByteArray>& urls) {
     m_panels.enqueue({ response, urls });
 }
 
-Prompter::AlertAnswer ScriptedPrompter::runAlert(Alert& alert)
-{
+Prompter::AlertAnswer ScriptedPrompter::runAlert(Alert& alert) {
     if (m_alerts.isEmpty()) {
         alertsShown.append(alert);
         QTest::qFail(qPrintable(QStringLiteral("unexpected alert: ") + alert.messageText), __FILE__, __LINE__);
@@ -30,8 +27,7 @@ Prompter::AlertAnswer ScriptedPrompter::runAlert(Alert& alert)
     return { script.response, script.suppressed, alert.popUpIndex };
 }
 
-Prompter::PanelAnswer ScriptedPrompter::runOpenPanel(const OpenPanel& panel)
-{
+Prompter::PanelAnswer ScriptedPrompter::runOpenPanel(const OpenPanel& panel) {
     panelsShown.append(panel);
     if (m_panels.isEmpty()) {
         QTest::qFail(qPrintable(QStringLiteral("unexpected panel: ") + panel.message), __FILE__, __LINE__);

@@ -9,8 +9,7 @@
 namespace {
 
 // Removes everything below an open folder by bytes: QDir cannot see names that are not UTF-8.
-void removeContents(int dirFd)
-{
+void removeContents(int dirFd) {
     DIR* dir = ::fdopendir(::dup(dirFd));
     if (!dir)
         return;
@@ -37,13 +36,11 @@ void removeContents(int dirFd)
 } // namespace
 
 TempTree::TempTree()
-    : m_root(m_dir.path().toUtf8())
-{
+    : m_root(m_dir.path().toUtf8()) {
     m_dir.setAutoRemove(false);
 }
 
-TempTree::~TempTree()
-{
+TempTree::~TempTree() {
     const int fd = ::open(m_root.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd >= 0) {
         removeContents(fd);
@@ -52,15 +49,13 @@ TempTree::~TempTree()
     ::rmdir(m_root.constData());
 }
 
-QByteArray TempTree::path(const QByteArray& relative) const
-{
+QByteArray TempTree::path(const QByteArray& relative) const {
     if (relative.startsWith('/'))
         return relative;
     return relative.isEmpty() ? m_root : m_root + '/' + relative;
 }
 
-int TempTree::openParent(const QByteArray& absolute, QByteArray& leaf)
-{
+int TempTree::openParent(const QByteArray& absolute, QByteArray& leaf) {
     // Component by component, so that paths longer than PATH_MAX can be made too.
     int fd = ::open(m_root.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const QList<QByteArray> parts = absolute.mid(m_root.size() + 1).split('/');
@@ -76,8 +71,7 @@ int TempTree::openParent(const QByteArray& absolute, QByteArray& leaf)
     return fd;
 }
 
-QByteArray TempTree::file(const QByteArray& relative, const QByteArray& content)
-{
+QByteArray TempTree::file(const QByteArray& relative, const QByteArray& content) {
     const QByteArray absolute = path(relative);
     QByteArray leaf;
     const int parent = openParent(absolute, leaf);
@@ -96,13 +90,11 @@ QByteArray TempTree::file(const QByteArray& relative, const QByteArray& content)
     return absolute;
 }
 
-QByteArray TempTree::sizedFile(const QByteArray& relative, qint64 size, char fill)
-{
+QByteArray TempTree::sizedFile(const QByteArray& relative, qint64 size, char fill) {
     return file(relative, QByteArray(size, fill));
 }
 
-QByteArray TempTree::folder(const QByteArray& relative)
-{
+QByteArray TempTree::folder(const QByteArray& relative) {
     const QByteArray absolute = path(relative);
     QByteArray leaf;
     const int parent = openParent(absolute + "/x", leaf);
@@ -110,8 +102,7 @@ QByteArray TempTree::folder(const QByteArray& relative)
     return absolute;
 }
 
-QByteArray TempTree::symlink(const QByteArray& relative, const QByteArray& target)
-{
+QByteArray TempTree::symlink(const QByteArray& relative, const QByteArray& target) {
     const QByteArray absolute = path(relative);
     QByteArray leaf;
     const int parent = openParent(absolute, leaf);
@@ -122,8 +113,7 @@ QByteArray TempTree::symlink(const QByteArray& relative, const QByteArray& targe
     return absolute;
 }
 
-QByteArray TempTree::fifo(const QByteArray& relative)
-{
+QByteArray TempTree::fifo(const QByteArray& relative) {
     const QByteArray absolute = path(relative);
     QByteArray leaf;
     const int parent = openParent(absolute, leaf);
@@ -134,14 +124,12 @@ QByteArray TempTree::fifo(const QByteArray& relative)
     return absolute;
 }
 
-bool TempTree::exists(const QByteArray& relative) const
-{
+bool TempTree::exists(const QByteArray& relative) const {
     struct stat st;
     return ::lstat(path(relative).constData(), &st) == 0;
 }
 
-QByteArray TempTree::read(const QByteArray& relative) const
-{
+QByteArray TempTree::read(const QByteArray& relative) const {
     QByteArray out;
     const int fd = ::open(path(relative).constData(), O_RDONLY | O_CLOEXEC);
     if (fd < 0)
@@ -156,14 +144,12 @@ QByteArray TempTree::read(const QByteArray& relative) const
 
 TempEnvironment::TempEnvironment()
     : m_oldConfig(qgetenv("XDG_CONFIG_HOME"))
-    , m_oldData(qgetenv("XDG_DATA_HOME"))
-{
+    , m_oldData(qgetenv("XDG_DATA_HOME")) {
     qputenv("XDG_CONFIG_HOME", m_config.path().toUtf8());
     qputenv("XDG_DATA_HOME", m_data.path().toUtf8());
 }
 
-TempEnvironment::~TempEnvironment()
-{
+TempEnvironment::~TempEnvironment() {
     if (m_oldConfig.isNull())
         qunsetenv("XDG_CONFIG_HOME");
     else
