@@ -1,5 +1,8 @@
 #include "detect/Fingerprint.h"
 
+#include <atomic>
+#include <cstdio>
+
 QByteArray Hex::fromBytes(const uint8_t* bytes, int length) {
     static const char digits[] = "0123456789abcdef";
     QByteArray out(length * 2, Qt::Uninitialized);
@@ -28,6 +31,15 @@ Fingerprint Fingerprint::timeStamp(qint64 microsecondsSinceEpoch) {
     return f;
 }
 
+Fingerprint Fingerprint::unread() {
+    static std::atomic<quint64> next { 0 };
+    const quint64 serial = next.fetch_add(1, std::memory_order_relaxed);
+    Fingerprint f;
+    f.m_kind = Kind::Unread;
+    std::memcpy(f.m_payload.data(), &serial, sizeof serial);
+    return f;
+}
+
 QByteArray Fingerprint::text() const {
     QByteArray out;
     appendText(out);
@@ -50,6 +62,12 @@ void Fingerprint::appendText(QByteArray& out) const {
         const int n = std::snprintf(buffer, sizeof buffer, "%lld.%06lld", static_cast<long long>(micros / 1000000),
             static_cast<long long>(micros % 1000000));
         out.append(buffer, n);
+        return;
+    }
+    case Kind::Unread: {
+        quint64 serial;
+        std::memcpy(&serial, m_payload.data(), sizeof serial);
+        out.append("unread-").append(QByteArray::number(serial));
         return;
     }
     }

@@ -9,15 +9,18 @@
 // The value that decides equality between two scanned items. Its text is one of: 32 lower-case hex
 // digits of an MD5 digest, the literal "NOHash" for an unreadable file, or a time-stamp ("%f" of
 // seconds since 1970) for an item that must match nothing. Kept in 17 bytes: millions live at once.
+// A fourth kind marks an item whose content was not read because nothing could match it; each such
+// value is unique, so it matches nothing either.
 class Fingerprint {
 public:
-    enum class Kind : uint8_t { Digest, NoHash, TimeStamp };
+    enum class Kind : uint8_t { Digest, NoHash, TimeStamp, Unread };
     using Digest = std::array<uint8_t, 16>;
 
     Fingerprint() = default;
     static Fingerprint fromDigest(const Digest& digest);
     static Fingerprint noHash();
     static Fingerprint timeStamp(qint64 microsecondsSinceEpoch);
+    static Fingerprint unread();
 
     Kind kind() const { return m_kind; }
     const Digest& digest() const { return m_payload; }

@@ -99,6 +99,12 @@ void FolderNode::updateSelfURL(const QByteArray& url) {
     if (m_selfHash)
         return;
 
+    if (!m_appDel.tree.nodes[static_cast<size_t>(m_treeIndex)].needsFingerprint) {
+        // Nothing could share this folder's fingerprint: it is not worked out.
+        m_selfHash = Fingerprint::unread();
+        publish();
+        return;
+    }
     std::vector<QByteArray> texts;
     texts.reserve(m_subHashListDir.size());
     for (const std::optional<Fingerprint>& hash : m_subHashListDir) {
@@ -113,7 +119,10 @@ void FolderNode::updateSelfURL(const QByteArray& url) {
     if (joined.isEmpty())
         joined = QByteArrayLiteral("NOHASH");
     m_selfHash = Fingerprint::fromDigest(md5Digest(joined));
+    publish();
+}
 
+void FolderNode::publish() {
     const ScanSettings& settings = m_appDel.settings;
     const bool keepHidden = settings.checkHdn == QLatin1String("y");
     for (size_t i = 0; i < m_SubfileURLList.size(); ++i) {

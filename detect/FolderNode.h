@@ -51,6 +51,9 @@ protected:
     FolderNodeContext& m_appDel;
 
 private:
+    // Filters the children's entries, adds them to the table and reports this folder upward.
+    void publish();
+
     FolderNode* m_perentObject = nullptr;
     qsizetype m_indexInParent = -1;
     qint32 m_treeIndex;

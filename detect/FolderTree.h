@@ -23,12 +23,17 @@ struct FolderChild {
     ChildMarker marker = ChildMarker::F;
     // The child's fingerprint is a fresh time-stamp made while folding (ignored type or folder).
     bool excluded = false;
+    bool unreadable = false; // files whose permissions forbid reading: "NOHash" without trying
     Fingerprint fingerprint; // files: filled by the hashing pool; "NOHash" until then
 };
 
 struct FolderTreeNode {
     QByteArray path;
     std::vector<FolderChild> children;
+    qint32 parent = -1; // folders are added after their parent
+    // False when no other folder could share this one's fingerprint and no folder around it needs
+    // it: the fingerprint is then not computed and matches nothing.
+    bool needsFingerprint = true;
 };
 
 struct FolderTree {

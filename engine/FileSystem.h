@@ -18,6 +18,7 @@ struct ItemInfo {
     qint64 birthNs = 0; // creation time, when the file system records one
     qint64 modifiedNs = 0;
     bool hasBirth = false;
+    bool readable = true; // by its permission bits, for this process
     dev_t device = 0;
     ino_t inode = 0;
 

@@ -3,6 +3,7 @@
 #include "detect/FileHash.h"
 #include "detect/FileType.h"
 #include "detect/FolderNode.h"
+#include "engine/ContentPlanner.h"
 #include "engine/FileSystem.h"
 #include "engine/HashPool.h"
 #include "engine/Log.h"
@@ -25,6 +26,15 @@ struct TargetStep {
     qint32 node = -1;
     Fingerprint fingerprint;
 };
+
+// Hands a target-level file to the planner; one that may not be read is "NOHash" at once.
+void planFile(ContentPlanner& planner, TargetStep& step, const FileSystem::ItemInfo& info, bool published) {
+    if (!info.readable) {
+        step.fingerprint = Fingerprint::noHash();
+        return;
+    }
+    planner.addFile({ &step.fingerprint, info.size, -1, -1, step.path }, published, nullptr);
+}
 
 QString seconds(const QElapsedTimer& timer) {
     return QString::asprintf("%f", static_cast<double>(timer.nsecsElapsed()) / 1e9);
@@ -80,8 +90,9 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor) 
     std::vector<TargetStep> steps(static_cast<size_t>(targets.size()));
     {
         HashPool pool(totalCount);
+        ContentPlanner planner(pool, totalCount, m_readEverything);
         const WalkRules rules { settings, m_ignoredTypes, m_ignoredFolders };
-        TreeWalker walker(rules, tree, pool, totalCount);
+        TreeWalker walker(rules, tree, planner, totalCount);
         for (qsizetype i = 0; i < targets.size(); ++i) {
             TargetStep& step = steps[static_cast<size_t>(i)];
             step.path = targets[i];
@@ -115,7 +126,8 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor) 
                     ++totalCount;
                 } else if (info.allocated >= settings.nub) {
                     step.action = TargetStep::Record;
-                    pool.submit({ step.path, &step.fingerprint, info.size }); // counted when hashed
+                    // The list scan's file table is not grouped: its entries are never candidates.
+                    planFile(planner, step, info, flavor == Flavor::FolderScan);
                 }
             } else if (isFolder) {
                 if (m_ignoredFolders.contains(step.path)) {
@@ -137,6 +149,7 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor) 
                 }
             }
         }
+        planner.finish(&tree, m_ignoredTypes);
         pool.waitForAll();
     }
 
@@ -175,6 +188,7 @@ void ScanEngine::walkFlat(const QList<QByteArray>& targets, Flavor flavor) {
     std::vector<TargetStep> steps(static_cast<size_t>(targets.size()));
     {
         HashPool pool(totalCount);
+        ContentPlanner planner(pool, totalCount, m_readEverything);
         for (qsizetype i = 0; i < targets.size(); ++i) {
             TargetStep& step = steps[static_cast<size_t>(i)];
             step.path = targets[i];
@@ -194,7 +208,7 @@ void ScanEngine::walkFlat(const QList<QByteArray>& targets, Flavor flavor) {
                     continue;
                 step.fileTable = true;
                 step.action = TargetStep::Record;
-                pool.submit({ step.path, &step.fingerprint, info.size });
+                planFile(planner, step, info, flavor == Flavor::FolderScan);
             } else if (info.kind == FileSystem::Kind::Directory) {
                 const auto sum = FileSystem::sumUnit(step.path, FileSystem::SizeKey::Allocated);
                 step.fingerprint = unitFingerprint(sum.bytes, PathBytes::pathExtension(step.path));
@@ -202,6 +216,7 @@ void ScanEngine::walkFlat(const QList<QByteArray>& targets, Flavor flavor) {
                 ++totalCount;
             }
         }
+        planner.finish(nullptr, m_ignoredTypes);
         pool.waitForAll();
     }
     for (const TargetStep& step : steps) {
@@ -252,9 +267,10 @@ void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& target
     std::deque<TargetStep> steps; // addresses stay put while the pool writes into them
     {
         HashPool pool(totalCount);
-        auto take = [&](const QByteArray& path, qint64 size) {
+        ContentPlanner planner(pool, totalCount, m_readEverything);
+        auto take = [&](const QByteArray& path, const FileSystem::ItemInfo& info) {
             steps.push_back(TargetStep { path, TargetStep::Record, false, -1, Fingerprint() });
-            pool.submit({ path, &steps.back().fingerprint, size });
+            planFile(planner, steps.back(), info, true);
         };
         for (const QByteArray& target : targets) {
             FileSystem::ItemInfo info;
@@ -274,14 +290,15 @@ void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& target
                         : item.allocated;
                     if (size < nub)
                         return;
-                    take(path, item.size);
+                    take(path, item);
                 });
             } else if (info.kind == FileSystem::Kind::Regular) {
                 if (PathBytes::isHidden(target) || isIgnoredType(target) || info.allocated < nub)
                     continue;
-                take(target, info.size);
+                take(target, info);
             }
         }
+        planner.finish(nullptr, m_ignoredTypes);
         pool.waitForAll();
     }
     for (const TargetStep& step : steps)

@@ -46,6 +46,9 @@ public:
 
     static qint64 fileSizeOf(const QByteArray& path);
 
+    // Reads every file even when nothing could match it (for checks of the planner's decisions).
+    void setReadEverything(bool readEverything) { m_readEverything = readEverything; }
+
 private:
     enum class Flavor { FolderScan, ListScan };
     void walkRecursive(const QList<QByteArray>& targets, Flavor flavor);
@@ -57,4 +60,5 @@ private:
     ScanObserver& m_observer;
     QSet<QString> m_ignoredTypes;
     QSet<QByteArray> m_ignoredFolders;
+    bool m_readEverything = false;
 };

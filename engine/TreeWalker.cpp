@@ -1,7 +1,7 @@
 #include "engine/TreeWalker.h"
 
 #include "detect/FileHash.h"
-#include "engine/HashPool.h"
+#include "engine/ContentPlanner.h"
 #include "engine/PathBytes.h"
 #include "engine/ScanSettings.h"
 
@@ -48,15 +48,16 @@ Fingerprint unitFingerprint(qint64 totalSize, const QByteArray& extension) {
     return Fingerprint::fromDigest(md5Digest(QByteArray::number(totalSize) + extension));
 }
 
-TreeWalker::TreeWalker(const WalkRules& rules, FolderTree& tree, HashPool& pool, std::atomic<qint64>& totalCount)
+TreeWalker::TreeWalker(
+    const WalkRules& rules, FolderTree& tree, ContentPlanner& planner, std::atomic<qint64>& totalCount)
     : m_rules(rules)
     , m_tree(tree)
-    , m_pool(pool)
+    , m_planner(planner)
     , m_totalCount(totalCount) { }
 
 qint32 TreeWalker::addNode(const QByteArray& path, qint32 parent, const FileSystem::ItemInfo& info, bool enter) {
     const auto index = static_cast<qint32>(m_tree.nodes.size());
-    m_tree.nodes.push_back(FolderTreeNode { path, {} });
+    m_tree.nodes.push_back(FolderTreeNode { path, {}, parent, true });
     const int depth = parent < 0 ? 0 : m_origins[static_cast<size_t>(parent)].depth + 1;
     m_origins.push_back({ parent, info.device, info.inode, depth, enter });
     return index;
@@ -157,6 +158,7 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
             child.marker = ChildMarker::F;
             child.allocated = info.allocated;
             child.size = info.size;
+            child.unreadable = !info.readable;
             if (m_rules.ignoredTypes.contains(PathBytes::lowerExtension(name))) {
                 child.excluded = true;
                 m_totalCount.fetch_add(1, std::memory_order_relaxed);
@@ -168,15 +170,23 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
         children.push_back(std::move(child));
     }
 
-    // Only now, with the list final, may the pool be given addresses inside it.
+    // Only now, with the list final, may the planner be given addresses inside it.
     FolderTreeNode& node = m_tree.nodes[static_cast<size_t>(index)];
     node.children = std::move(children);
-    std::vector<HashPool::Job> jobs;
-    for (FolderChild& child : node.children) {
-        if (child.marker == ChildMarker::F && !child.excluded)
-            jobs.push_back({ PathBytes::appendingComponent(node.path, child.name), &child.fingerprint, child.size });
+    const qint64 nub = settings.nub;
+    for (size_t i = 0; i < node.children.size(); ++i) {
+        FolderChild& child = node.children[i];
+        if (child.marker != ChildMarker::F || child.excluded)
+            continue;
+        if (child.unreadable) {
+            child.fingerprint = Fingerprint::noHash();
+            m_totalCount.fetch_add(1, std::memory_order_relaxed);
+            continue;
+        }
+        // Files under the minimum size are not candidates themselves, only parts of their folder.
+        m_planner.addFile(
+            { &child.fingerprint, child.size, index, static_cast<qint32>(i), {} }, child.allocated >= nub, &m_tree);
     }
-    m_pool.submit(std::move(jobs));
     // Depth first, in name order, so that hashing follows the folders as they were listed.
     pending.insert(pending.end(), subfolders.rbegin(), subfolders.rend());
 }

@@ -9,7 +9,7 @@
 #include <vector>
 
 struct ScanSettings;
-class HashPool;
+class ContentPlanner;
 
 struct WalkRules {
     const ScanSettings& settings;
@@ -18,12 +18,12 @@ struct WalkRules {
 };
 
 // Walks one target folder of a recursive scan into a FolderTree: every folder's children listed in
-// name order and classified as the folder nodes classify them, units summed, and every file to be
-// read handed to the hashing pool. Items are counted as the nodes would count them (files when
-// their digest is done), so the live figure rises while the work goes on.
+// name order and classified as the folder nodes classify them, units summed, and every file handed
+// to the content planner, which decides whether it is read. Items are counted as the nodes would
+// count them (files once their digest is settled), so the live figure rises while the work goes on.
 class TreeWalker {
 public:
-    TreeWalker(const WalkRules& rules, FolderTree& tree, HashPool& pool, std::atomic<qint64>& totalCount);
+    TreeWalker(const WalkRules& rules, FolderTree& tree, ContentPlanner& planner, std::atomic<qint64>& totalCount);
 
     // Returns the index of the target's folder in the tree.
     qint32 walkFolder(const QByteArray& path);
@@ -43,7 +43,7 @@ private:
 
     const WalkRules& m_rules;
     FolderTree& m_tree;
-    HashPool& m_pool;
+    ContentPlanner& m_planner;
     std::atomic<qint64>& m_totalCount;
     std::vector<Origin> m_origins;
 };

@@ -26,6 +26,7 @@ public:
 
     void scan(const QList<QByteArray>& targets) {
         ScanEngine engine(state, *this);
+        engine.setReadEverything(readEverything);
         if (state.settings.checkSubDir == QLatin1String("n"))
             engine.scannigWithoutCheckingSubDirectory(targets);
         else
@@ -44,6 +45,9 @@ public:
         return out;
     }
 
+    // Reading every file keeps each table entry's true fingerprint for the checks; the scan itself
+    // leaves unread what nothing could match.
+    bool readEverything = true;
     ScanState state;
     QHash<QByteArray, QByteArray> table;
     QHash<QByteArray, QByteArray> listTable;

@@ -8,6 +8,8 @@
 
 #include <QRegularExpression>
 #include <QtTest>
+#include <functional>
+#include <random>
 
 namespace {
 
@@ -213,6 +215,91 @@ private slots:
         QCOMPARE(scan.table.value(latin), md5Of("same bytes"));
         QVERIFY(!scan.table.contains(tree.path("names/pipe")));
         QCOMPARE(scan.groups(), (QList<QList<QByteArray>> { { latin, newline, invalid } }));
+    }
+
+    void filesNothingCouldMatchAreNotRead() {
+        TempTree tree;
+        tree.sizedFile("lone/unique.bin", 300000, 'u');
+        tree.sizedFile("lone/small.txt", 10, 's');
+        tree.sizedFile("pair/a.bin", 200000, 'a');
+        tree.sizedFile("pair/b.bin", 200000, 'b'); // same length, other content: both are read
+        // Thirty small files each: not candidates themselves, but the folders share a shape and are
+        // large enough to be reported.
+        for (int i = 0; i < 30; ++i) {
+            tree.file("twin1/x" + QByteArray::number(i), "same " + QByteArray::number(i));
+            tree.file("twin2/y" + QByteArray::number(i), "same " + QByteArray::number(i));
+        }
+
+        ScanHarness scan;
+        scan.readEverything = false;
+        scan.state.settings.nub = 100000;
+        scan.scan({ tree.root() });
+        QVERIFY(scan.table.value(tree.path("lone/unique.bin")).startsWith("unread"));
+        QCOMPARE(scan.table.value(tree.path("pair/a.bin")), md5Of(QByteArray(200000, 'a')));
+        QVERIFY(scan.table.value(tree.path("lone")).startsWith("unread"));
+        // Folders of the same shape need their fingerprints, and so their files' digests.
+        QVERIFY(!scan.table.value(tree.path("twin1")).startsWith("unread"));
+        QCOMPARE(scan.groups(), (QList<QList<QByteArray>> { { tree.path("twin1"), tree.path("twin2") } }));
+    }
+
+    // Random trees with planted duplicate files and folders: leaving unread what nothing could match
+    // must give the very groups and counts that reading everything gives.
+    void unreadFilesNeverChangeTheGroups_data() {
+        QTest::addColumn<int>("seed");
+        QTest::addColumn<qint64>("nub");
+        for (int seed = 1; seed <= 6; ++seed) {
+            QTest::addRow("seed %d, no minimum", seed) << seed << qint64(0);
+            QTest::addRow("seed %d, 8 KiB minimum", seed) << seed << qint64(8192);
+        }
+    }
+    void unreadFilesNeverChangeTheGroups() {
+        QFETCH(int, seed);
+        QFETCH(qint64, nub);
+        TempTree tree;
+        std::mt19937 random(static_cast<unsigned>(seed));
+        const QList<QByteArray> contents { "a", "bb", "alpha", QByteArray(9000, 'x'), QByteArray(9000, 'y'),
+            QByteArray(20000, 'z'), "", "plist?" };
+        auto pick = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+        QList<QByteArray> folders { "" };
+        for (int i = 0; i < 40; ++i) {
+            const QByteArray parent = folders[pick(folders.size())];
+            const QByteArray folder = (parent.isEmpty() ? QByteArray() : parent + '/') + "d" + QByteArray::number(i);
+            tree.folder(folder);
+            folders.append(folder);
+            for (int f = pick(4); f > 0; --f) {
+                const char* names[] = { "f", "g.txt", "h.plist", ".hidden", "k.jpg" };
+                tree.file(folder + '/' + names[pick(5)] + QByteArray::number(pick(3)), contents[pick(contents.size())]);
+            }
+        }
+        // Planted copies of whole folders.
+        for (int i = 0; i < 3; ++i) {
+            const QByteArray source = folders[1 + pick(folders.size() - 1)];
+            const QByteArray copy = "copy" + QByteArray::number(i);
+            std::function<void(const QByteArray&, const QByteArray&)> copyTree
+                = [&](const QByteArray& from, const QByteArray& to) {
+                      tree.folder(to);
+                      FileSystem::enumerateTree(
+                          tree.path(from), [&](const QByteArray& path, const FileSystem::ItemInfo& info) {
+                              const QByteArray relative = to + path.mid(tree.path(from).size());
+                              if (info.kind == FileSystem::Kind::Directory)
+                                  tree.folder(relative);
+                              else
+                                  tree.file(relative, tree.read(path));
+                          });
+                  };
+            copyTree(source, copy);
+        }
+
+        ScanHarness all;
+        all.state.settings.nub = nub;
+        all.scan({ tree.root() });
+        ScanHarness planned;
+        planned.readEverything = false;
+        planned.state.settings.nub = nub;
+        planned.scan({ tree.root() });
+        QCOMPARE(planned.groups(), all.groups());
+        QCOMPARE(planned.state.totalCount.load(), all.state.totalCount.load());
+        QCOMPARE(planned.state.wastedSpaceDuplicates.load(), all.state.wastedSpaceDuplicates.load());
     }
 
     void listAndPhotoScansFillTheGroupDictionaries() {
