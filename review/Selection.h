@@ -1,0 +1,59 @@
+#pragma once
+
+#include "detect/duplicates.h"
+
+#include <QList>
+#include <QString>
+#include <optional>
+
+class Prompter;
+class SettingsStore;
+
+// The files chosen for removal on the result screen, and every rule that changes them. A file is
+// chosen when the very record from a group's `listAll` is in `duplicateSelectedArray`: records
+// compare by identity, never by path. Nothing protects a group's original from being chosen.
+//
+// Every operation is synchronous; afterwards the screen redraws the rows concerned and shows
+// toolbar state `toolbarState()`.
+class Selection {
+public:
+    enum class CheckState { Off, Mixed, On };
+
+    // The automatic-choice titles; only "keep Newest" is compared by its text.
+    static QString keepNewestTitle() { return QStringLiteral("keep Newest"); }
+    static QString keepOldestTitle() { return QStringLiteral("keep Oldest"); }
+
+    QList<DuplicateFilePtr> duplicateSelectedArray;
+
+    bool contains(const DuplicateFilePtr& file) const;
+    bool isEmpty() const { return duplicateSelectedArray.isEmpty(); }
+    // 6 with a selection, 5 without: what every change tells the toolbar.
+    int toolbarState() const { return isEmpty() ? 5 : 6; }
+    // Distinct files of the group that are chosen (the `countSelected` of the group check box).
+    qsizetype countSelected(const duplicates& group) const;
+
+    // Empties the selection; then, when the sender is the pop-up (a title is given), chooses in every
+    // displayed group all files but the last ("keep Newest") or all but the first (any other title).
+    // Groups hidden by the filter or the search end with nothing chosen.
+    void AutoSelectAction(
+        const std::optional<QString>& chosenTitle, const QList<DuplicateGroupPtr>& duplicateDisplayArray);
+    // Within one group: segment 0 keeps all, 1 keeps the newest, anything else keeps the oldest.
+    void keepSegmentAction(const duplicates& group, int segment);
+    // The group check box after the user clicked it, `boxState` being the state the click left it
+    // in. Mixed becomes On and the group joins the rest as a set (order lost, no repeats); On
+    // chooses the whole group; Off chooses none of it. Answers the state the box must show.
+    CheckState checkBoxActionMain(const duplicates& group, CheckState boxState);
+    // The file check box with tag `index` in the group: toggles that record.
+    void checkBoxActionFromTableRow(const duplicates& group, qsizetype index);
+    // The group check box for `countSelected` of `fileCount` files.
+    static CheckState setStateOfCheckBox(qsizetype countSelected, qsizetype fileCount);
+    CheckState setStateOfCheckBox(const duplicates& group) const;
+
+private:
+    void removeFilesOf(const duplicates& group);
+};
+
+// The select-all question. Answers yes at once when "showAgain" holds any value; otherwise asks
+// (OK / Cancel with a suppression box) and stores "yes" under "showAgain" only after OK with the
+// box ticked.
+bool alertSelectAll(Prompter& prompter, SettingsStore& store);

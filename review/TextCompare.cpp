@@ -1,0 +1,74 @@
+#include "review/TextCompare.h"
+
+#include <QList>
+#include <algorithm>
+
+namespace TextCompare {
+
+namespace {
+
+// Full case foldings that canonical decomposition followed by simple folding does not already
+// give: the sharp s and the Latin and Armenian ligatures, which fold to more than one letter.
+struct Expansion {
+    char32_t from;
+    char32_t to[3];
+};
+
+constexpr Expansion kExpansions[] = {
+    { 0x00DF, { 's', 's', 0 } },
+    { 0x1E9E, { 's', 's', 0 } },
+    { 0x0149, { 0x02BC, 'n', 0 } },
+    { 0x1E9A, { 'a', 0x02BE, 0 } },
+    { 0x0587, { 0x0565, 0x0582, 0 } },
+    { 0xFB00, { 'f', 'f', 0 } },
+    { 0xFB01, { 'f', 'i', 0 } },
+    { 0xFB02, { 'f', 'l', 0 } },
+    { 0xFB03, { 'f', 'f', 'i' } },
+    { 0xFB04, { 'f', 'f', 'l' } },
+    { 0xFB05, { 's', 't', 0 } },
+    { 0xFB06, { 's', 't', 0 } },
+    { 0xFB13, { 0x0574, 0x0576, 0 } },
+    { 0xFB14, { 0x0574, 0x0565, 0 } },
+    { 0xFB15, { 0x0574, 0x056B, 0 } },
+    { 0xFB16, { 0x057E, 0x0576, 0 } },
+    { 0xFB17, { 0x0574, 0x056D, 0 } },
+};
+
+QList<char32_t> foldedCodePoints(const QString& text) {
+    const QList<uint> simple = text.normalized(QString::NormalizationForm_D).toCaseFolded().toUcs4();
+    QList<char32_t> out;
+    out.reserve(simple.size());
+    for (const uint c : simple) {
+        const auto* hit = std::find_if(
+            std::begin(kExpansions), std::end(kExpansions), [c](const Expansion& e) { return e.from == c; });
+        if (hit == std::end(kExpansions)) {
+            out.append(static_cast<char32_t>(c));
+            continue;
+        }
+        for (const char32_t part : hit->to) {
+            if (part != 0)
+                out.append(part);
+        }
+    }
+    return out;
+}
+
+} // namespace
+
+int caseInsensitiveCompare(const QString& a, const QString& b) {
+    const QList<char32_t> left = foldedCodePoints(a);
+    const QList<char32_t> right = foldedCodePoints(b);
+    const auto order = std::lexicographical_compare_three_way(left.begin(), left.end(), right.begin(), right.end());
+    if (order < 0)
+        return -1;
+    return order > 0 ? 1 : 0;
+}
+
+bool containsIgnoringCase(const QString& haystack, const QString& needle) {
+    if (needle.isEmpty())
+        return false;
+    const QString folded = haystack.normalized(QString::NormalizationForm_C).toCaseFolded();
+    return folded.contains(needle.normalized(QString::NormalizationForm_C).toCaseFolded(), Qt::CaseSensitive);
+}
+
+} // namespace TextCompare

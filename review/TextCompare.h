@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+// The two text comparisons of the result lists.
+namespace TextCompare {
+
+// Case-insensitive order without a locale: both texts are canonically decomposed and fully case
+// folded (A-Z to a-z, "ß" to "ss"), then compared code point by code point, a proper prefix first.
+// No collation and no numeric order: "file10" comes before "file9", "_" before "z".
+// Answers -1, 0 or +1.
+int caseInsensitiveCompare(const QString& a, const QString& b);
+
+// Plain substring test ignoring case: both texts composed (NFC) and case folded. No wildcards; the
+// needle is taken as it stands, and an empty needle matches nothing.
+bool containsIgnoringCase(const QString& haystack, const QString& needle);
+
+} // namespace TextCompare

@@ -1,0 +1,202 @@
+#include "review/ListModel.h"
+#include "review/ListSelection.h"
+#include "review/ResultFixture.h"
+#include "review/ResultLists.h"
+#include "review/Selection.h"
+
+#include <QtTest>
+
+namespace {
+
+// Originals named b, A, B, a (the case-folding example), with keys that tie in every numeric sort.
+struct Fixture {
+    ScanState state;
+    Selection selection;
+    ResultLists lists { state, selection };
+    DuplicateGroupPtr b = makeGroup({ "/d/b", "/d/x1", "/d/x2" }, 10, 40); // wasted 30, count 3
+    DuplicateGroupPtr A = makeGroup({ "/d/A", "/e/Photos/y1" }, 12, 50); // wasted 24, count 2
+    DuplicateGroupPtr B = makeGroup({ "/d/B", "/d/z1" }, 5, 40); // wasted 10, count 2
+    DuplicateGroupPtr a = makeGroup({ "/d/a", "/d/w1" }, 15, std::nullopt); // wasted 30, count 2
+
+    Fixture() {
+        state.duplicateMainArray = { b, A, B, a };
+        // Chosen per group: b 1, A 0, B 2, a 1 (a repeated record counts once).
+        selection.duplicateSelectedArray
+            = { b->listAll()[1], B->listAll()[0], B->listAll()[1], a->listAll()[0], a->listAll()[0] };
+    }
+};
+
+} // namespace
+
+class TestResultLists : public QObject {
+    Q_OBJECT
+
+private slots:
+    void sortKeysInBothDirections_data() {
+        QTest::addColumn<quint64>("key");
+        QTest::addColumn<quint64>("order");
+        QTest::addColumn<QStringList>("names");
+        // Name and type sorts keep ties in their order both ways; the two-outcome comparator of the
+        // numeric keys reverses ties when descending.
+        QTest::newRow("name asc") << quint64(0) << quint64(5) << QStringList { "A", "a", "b", "B" };
+        QTest::newRow("name desc") << quint64(0) << quint64(6) << QStringList { "b", "B", "A", "a" };
+        QTest::newRow("wasted asc") << quint64(1) << quint64(5) << QStringList { "B", "A", "b", "a" };
+        QTest::newRow("wasted desc") << quint64(1) << quint64(6) << QStringList { "a", "b", "A", "B" };
+        QTest::newRow("count asc") << quint64(2) << quint64(5) << QStringList { "A", "B", "a", "b" };
+        QTest::newRow("count desc") << quint64(2) << quint64(6) << QStringList { "b", "a", "B", "A" };
+        QTest::newRow("type asc") << quint64(3) << quint64(5) << QStringList { "a", "b", "B", "A" };
+        QTest::newRow("type desc") << quint64(3) << quint64(6) << QStringList { "A", "b", "B", "a" };
+        QTest::newRow("selected asc") << quint64(4) << quint64(5) << QStringList { "A", "b", "a", "B" };
+        QTest::newRow("selected desc") << quint64(4) << quint64(6) << QStringList { "B", "a", "b", "A" };
+    }
+    void sortKeysInBothDirections() {
+        QFETCH(quint64, key);
+        QFETCH(quint64, order);
+        QFETCH(QStringList, names);
+        Fixture f;
+        f.lists.typesort = key;
+        f.lists.typesortorder = order;
+        f.lists.getDiplayListAndReloadMainList();
+        QCOMPARE(originalNames(f.lists.duplicateDisplayArray), names);
+        // The scan's own list is never reordered.
+        QCOMPARE(originalNames(f.state.duplicateMainArray), (QStringList { "b", "A", "B", "a" }));
+    }
+
+    void twoOutcomeComparator() {
+        QVERIFY(ResultLists::leftGoesAfterRight(2, 1, false));
+        QVERIFY(!ResultLists::leftGoesAfterRight(1, 2, false));
+        QVERIFY(!ResultLists::leftGoesAfterRight(1, 1, false));
+        QVERIFY(ResultLists::leftGoesAfterRight(1, 2, true));
+        QVERIFY(!ResultLists::leftGoesAfterRight(2, 1, true));
+        QVERIFY(ResultLists::leftGoesAfterRight(1, 1, true));
+    }
+
+    void sortMenuRulesAndLogLines() {
+        Fixture f;
+        LogCapture log;
+        QVERIFY(!f.lists.sortDuplicatesFor(0)); // the active key
+        QVERIFY(!f.lists.sortDuplicatesFor(5)); // the active direction
+        QVERIFY(f.lists.sortDuplicatesFor(6));
+        QCOMPARE(f.lists.typesortorder, quint64(6));
+        QVERIFY(!f.lists.sortDuplicatesFor(6));
+        QVERIFY(f.lists.sortDuplicatesFor(2));
+        QCOMPARE(f.lists.typesort, quint64(2));
+        QCOMPARE(f.lists.typesortorder, quint64(6)); // a key keeps the direction
+        QVERIFY(f.lists.isSortItemChecked(2) && f.lists.isSortItemChecked(6));
+        QVERIFY(!f.lists.isSortItemChecked(0) && !f.lists.isSortItemChecked(5));
+        QCOMPARE(
+            log.lines, (QStringList { "no need to sort", "no need to sort", "sorting", "no need to sort", "sorting" }));
+
+        // An unknown key leaves the filtered order as it is and logs "error".
+        QVERIFY(f.lists.sortDuplicatesFor(9));
+        log.lines.clear();
+        f.lists.selectedMain = 3;
+        f.lists.getDiplayListAndReloadMainList();
+        QCOMPARE(log.lines, QStringList { "error" });
+        QCOMPARE(originalNames(f.lists.duplicateDisplayArray), (QStringList { "b", "A", "B", "a" }));
+        QCOMPARE(f.lists.selectedMain, 0);
+
+        f.lists.resetSortAndFilter();
+        QCOMPARE(f.lists.typesort, quint64(0));
+        QCOMPARE(f.lists.typesortorder, quint64(5));
+        QCOMPARE(f.lists.typefilter, quint64(10));
+    }
+
+    void filterAndSearch() {
+        Fixture f;
+        f.lists.getDiplayListAndReloadMainList();
+        QVERIFY(!f.lists.filterUsingTypeAction(10)); // the active filter: nothing happens
+        QVERIFY(f.lists.filterUsingTypeAction(40));
+        QCOMPARE(originalNames(f.lists.duplicateDisplayArray), (QStringList { "b", "B" }));
+
+        // A match on a non-original file keeps the whole group; the type filter still applies.
+        f.lists.searchText = QStringLiteral("Z1");
+        f.lists.getDiplayListAndReloadMainList();
+        QCOMPARE(originalNames(f.lists.duplicateDisplayArray), QStringList { "B" });
+        f.lists.searchText = QStringLiteral("photos/");
+        f.lists.getDiplayListAndReloadMainList();
+        QVERIFY(f.lists.duplicateDisplayArray.isEmpty());
+        QVERIFY(f.lists.filterUsingTypeAction(10));
+        QCOMPARE(originalNames(f.lists.duplicateDisplayArray), QStringList { "A" });
+
+        // A group without a type shows only under all types.
+        f.lists.searchText.clear();
+        for (const quint64 type : { 20, 30, 40, 50, 60, 70 }) {
+            f.lists.filterUsingTypeAction(type);
+            QVERIFY(!originalNames(f.lists.duplicateDisplayArray).contains("a"));
+        }
+        // The selection is never touched by sorting, filtering or searching.
+        QCOMPARE(f.selection.duplicateSelectedArray.size(), 5);
+    }
+
+    void olderListSorting() {
+        ScanState state;
+        ListSelection selection(state);
+        ListModel model(state, selection);
+        auto member = [](const char* url, qint64 size, const char* type) {
+            return FileDictionary { url, 0, size,
+                type ? std::optional<QString>(QString::fromUtf8(type)) : std::nullopt };
+        };
+        const GroupDictionary photos { { member("/p/b.jpg", 10, "Photo"), member("/q/b.jpg", 10, "Photo") },
+            member("/p/b.jpg", 10, "Photo") };
+        const GroupDictionary texts { { member("/p/A.txt", 2, "Text"), member("/q/A.txt", 2, "Text"),
+                                          member("/r/A.txt", 2, "Text") },
+            member("/p/A.txt", 2, "Text") };
+        const GroupDictionary folders { { member("/p/c", 50, "Folder"), member("/q/c", 50, "Folder") },
+            member("/p/c", 50, "Folder") };
+        state.DuplicateFileFolderArray = { photos, texts, folders };
+        auto order = [&state] {
+            QStringList names;
+            for (const GroupDictionary& g : state.DuplicateFileFolderArray)
+                names.append(QString::fromUtf8(g.original.url));
+            return names;
+        };
+
+        model.sortResult(QStringLiteral("Original Filename"));
+        QCOMPARE(order(), (QStringList { "/p/A.txt", "/p/b.jpg", "/p/c" }));
+        QCOMPARE(model.SortItemList(8), QStringLiteral("Z to A")); // direction: re-sorts by the remembered title
+        QVERIFY(!model.a2z && model.sortItemChecked[8] && !model.sortItemChecked[7]);
+        QCOMPARE(order(), (QStringList { "/p/c", "/p/b.jpg", "/p/A.txt" }));
+        // Equal counts keep their order in both directions.
+        QCOMPARE(model.SortItemList(2), QStringLiteral("Duplicate Count"));
+        QCOMPARE(order(), (QStringList { "/p/A.txt", "/p/c", "/p/b.jpg" }));
+        QCOMPARE(model.SortItemList(7), QStringLiteral("A to Z"));
+        QCOMPARE(order(), (QStringList { "/p/c", "/p/b.jpg", "/p/A.txt" }));
+        QCOMPARE(model.SortItemList(3), QStringLiteral("Duplicate Type"));
+        QCOMPARE(order(), (QStringList { "/p/c", "/p/b.jpg", "/p/A.txt" }));
+        // An untitled key item stands for the one at index 1.
+        QCOMPARE(model.SortItemList(5), QStringLiteral("Wasted Size"));
+        QCOMPARE(model.typeSort, QStringLiteral("Wasted Size"));
+        QVERIFY(model.sortItemChecked[1] && !model.sortItemChecked[3] && !model.sortItemChecked[5]);
+        QCOMPARE(order(), (QStringList { "/p/A.txt", "/p/b.jpg", "/p/c" }));
+        selection.SelectedFileFolderArray = texts.SameFileList;
+        selection.SelectedFileFolderArray.append(photos.SameFileList[1]);
+        model.SortItemList(4);
+        QCOMPARE(order(), (QStringList { "/p/c", "/p/b.jpg", "/p/A.txt" }));
+
+        // Type segments keep "All" and the known types in a fixed order.
+        state.filterSegmentItem = { "All", "Text", "Other", "Photo", "Folder" };
+        model.makeListOfTypes();
+        QCOMPARE(state.filterSegmentItem, (QStringList { "All", "Folder", "Photo", "Text", "Other" }));
+
+        // Search and segment narrow the shown list; the saved result stays whole.
+        model.saveResult();
+        model.searchForEnteredString(QStringLiteral("/Q/"));
+        QCOMPARE(state.DuplicateFileFolderArray.size(), 3);
+        model.searchForEnteredString(QStringLiteral("r/a.TXT"));
+        QCOMPARE(order(), QStringList { "/p/A.txt" });
+        model.segmentType = QStringLiteral("Photo");
+        model.searchForEnteredString(QString());
+        QCOMPARE(order(), QStringList { "/p/b.jpg" });
+        QCOMPARE(model.saveResultArray.size(), 3);
+
+        state.mainArray = { "/p" };
+        model.NewScanBack();
+        QVERIFY(state.mainArray.isEmpty() && state.DuplicateFileFolderArray.isEmpty());
+        QVERIFY(selection.SelectedFileFolderArray.isEmpty() && model.saveResultArray.isEmpty());
+        QVERIFY(model.searchText.isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestResultLists)
+#include "tst_resultlists.moc"
