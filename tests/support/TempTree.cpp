@@ -150,6 +150,14 @@ TempEnvironment::TempEnvironment()
 }
 
 TempEnvironment::~TempEnvironment() {
+    // The trash may hold names QDir cannot see; empty both folders by bytes first.
+    for (const QTemporaryDir* dir : { &m_config, &m_data }) {
+        const int fd = ::open(QFile::encodeName(dir->path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (fd >= 0) {
+            removeContents(fd);
+            ::close(fd);
+        }
+    }
     if (m_oldConfig.isNull())
         qunsetenv("XDG_CONFIG_HOME");
     else

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "detect/GroupDictionary.h"
+#include "removal/RemovalActions.h"
+#include "review/Prompter.h"
+
+#include <QList>
+#include <optional>
+
+struct ScanState;
+class Selection;
+class ResultLists;
+
+// The removal review behind the review sheet: its rows are the chosen files
+// (`duplicateSelectedArray`), single rows can be dropped, and after one confirmation one action
+// runs over every listed file; then the groups and totals are brought up to date and the sheet
+// closes onto the result screen, or onto the setup screen when no group is left.
+class RemovalReview {
+public:
+    // What the sheet does when it closes: end with `returnCode`, then either the setup screen
+    // (typewindow 0, toolbar 0: empty the setup screen's folder list, then show the alert
+    // `allRemovedMessage` / `allRemovedInformative`) or the result screen (typewindow 2, toolbar 5
+    // or 6, with the displayed list already rebuilt).
+    struct CloseDecision {
+        int returnCode = -1000;
+        bool allRemoved = false;
+        int typewindow = 2;
+        int typetoolbar = 5;
+    };
+
+    RemovalReview(ScanState& state, Selection& selection, ResultLists& lists,
+        const QList<FileDictionary>& SelectedFileFolderArray);
+
+    qsizetype numberOfRows() const;
+    DuplicateFilePtr fileAtRow(qsizetype row) const;
+
+    // A row's remove button: the file leaves the selection (not its group). When the list is then
+    // empty the sheet closes.
+    std::optional<CloseDecision> removefromlist(qsizetype row);
+
+    // "Remove Selected": asks the confirmation (pop-up of the five actions, "Yes" / "No"). On "Yes"
+    // runs the chosen action and refreshAndReload and answers how the sheet closes; on "No" changes
+    // nothing and answers none (the sheet stays open).
+    std::optional<CloseDecision> removeSelectedFiles(Prompter& prompter);
+    // The confirmation's pop-up action: rewrites both texts for the chosen item and the number of
+    // listed files.
+    void chageAlertText(Prompter::Alert& alert) const;
+
+    // Runs one action over the listed files, in order (lists untouched).
+    QList<RemovalActions::Outcome> runAction(RemovalActions::Action action);
+
+    // Updates the groups for every listed file (by record identity): a group of two ends and the
+    // wasted space drops by both copies; a larger group loses the file, moves to the end of
+    // `duplicateMainArray`, gets a new original if it lost it, and the wasted space drops by one
+    // copy. Then the duplicate count drops by the number listed, the selection is emptied, and the
+    // sheet closes.
+    CloseDecision refreshAndReload();
+    // How the sheet closes now (rebuilds the displayed list when groups are left).
+    CloseDecision closewindow();
+
+    // The outcome of the last action run, one entry per listed file.
+    QList<RemovalActions::Outcome> lastOutcomes;
+
+private:
+    ScanState& m_state;
+    Selection& m_selection;
+    ResultLists& m_lists;
+    const QList<FileDictionary>& m_SelectedFileFolderArray;
+};

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "removal/RemovalActions.h"
+
+#include <QString>
+#include <QStringList>
+
+// The texts of the removal review and of the completion panel.
+namespace RemovalTexts {
+
+// "item" for exactly one, "items" otherwise (zero included).
+QString itemWord(qsizetype count);
+
+struct Confirmation {
+    QString messageText;
+    QString informativeText;
+};
+// The confirmation's texts for an action and a number of files (chageAlertText:). The alias and
+// symlink texts say "original file’s" with a typographic apostrophe, the hard-link text "original
+// file's" with a plain one.
+Confirmation confirmation(RemovalActions::Action action, qsizetype count);
+
+// The alert after the last group went: "Alert" / "Successfully removed all duplicates.".
+QString allRemovedMessage();
+QString allRemovedInformative();
+
+// The completion panel's summary: "You have successfully removed %ld duplicate %@ and freedup %@."
+// with the decimal byte-count text of the freed bytes.
+QString congoSummary(qsizetype count, qint64 bytes);
+// The share text, with "duplicate" for exactly one file and "duplicates" otherwise.
+QString shareText(qsizetype count, const QString& link);
+// The product page the share text points at.
+QString shareLink();
+// Of the share services offered, those titled exactly "Facebook" or "Twitter", in their order.
+QStringList shareServices(const QStringList& proposed);
+
+} // namespace RemovalTexts

@@ -1,0 +1,319 @@
+#include "engine/PathBytes.h"
+#include "engine/ScanState.h"
+#include "removal/DiskFixture.h"
+#include "removal/RemovalReview.h"
+#include "removal/RemovalTexts.h"
+#include "review/ResultFixture.h"
+#include "review/ResultLists.h"
+#include "review/Selection.h"
+#include "support/ScriptedPrompter.h"
+#include "support/TempTree.h"
+
+#include <QtTest>
+
+namespace {
+
+using Action = RemovalActions::Action;
+
+// The application's shared state as the review sheet sees it.
+struct Review {
+    ScanState state;
+    Selection selection;
+    ResultLists lists { state, selection };
+    QList<FileDictionary> older;
+    RemovalReview review { state, selection, lists, older };
+
+    DuplicateGroupPtr add(const DuplicateGroupPtr& group) {
+        state.duplicateMainArray.append(group);
+        state.totalDuplicateCount += static_cast<quint64>(group->listAll().size());
+        state.wastedSpaceDuplicates += static_cast<quint64>(group->sizeFile() * group->listAll().size());
+        return group;
+    }
+    DuplicateGroupPtr addOnDisk(const QList<QByteArray>& paths, qint64 size = 4096) {
+        return add(duplicates::initWithURL(paths, size));
+    }
+};
+
+ino_t inodeOf(const QByteArray& path) {
+    struct stat st;
+    return ::lstat(path.constData(), &st) == 0 ? st.st_ino : 0;
+}
+
+} // namespace
+
+class TestRemoval : public QObject {
+    Q_OBJECT
+
+private slots:
+    void everyActionOnDisk_data() {
+        QTest::addColumn<int>("action");
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QByteArray>("aliasName"); // the Name= value of the link file
+        const QList<std::pair<const char*, const char*>> names = { { "photo.jpg", "photo.jpg" },
+            { "\xff\xfe.jpg", "\xef\xbf\xbd\xef\xbf\xbd.jpg" }, { "two\nlines.jpg", "two\\nlines.jpg" } };
+        for (int action = 0; action < 5; ++action) {
+            for (const auto& [name, aliasName] : names) {
+                QTest::addRow(
+                    "%s %s", qPrintable(RemovalActions::title(Action(action))), QByteArray(name).toHex().constData())
+                    << action << QByteArray(name) << QByteArray(aliasName);
+            }
+        }
+    }
+    void everyActionOnDisk() {
+        QFETCH(int, action);
+        QFETCH(QByteArray, name);
+        QFETCH(QByteArray, aliasName);
+        TempEnvironment environment;
+        TempTree tree;
+        const QByteArray kept = tree.file("A/" + name, "same");
+        const QByteArray dup = tree.file("B/" + name, "same");
+        tree.file("B/other", "stays");
+        Review f;
+        const DuplicateGroupPtr group = f.addOnDisk({ kept, dup });
+        QCOMPARE(group->original(), kept);
+        f.selection.duplicateSelectedArray = { group->listAll()[1] };
+
+        LogCapture log;
+        const QList<RemovalActions::Outcome> outcomes = f.review.runAction(Action(action));
+        QCOMPARE(outcomes.size(), 1);
+        QVERIFY2(outcomes[0].done, qPrintable(outcomes[0].error));
+        QCOMPARE(outcomes[0].keptCopy, kept);
+        QCOMPARE(log.lines, QStringList());
+
+        QMap<QByteArray, QByteArray> expected { { "A", "d" }, { "A/" + name, "f:same" }, { "B", "d" },
+            { "B/other", "f:stays" } };
+        switch (Action(action)) {
+        case Action::MoveToTrash:
+            QCOMPARE(tree.read(QByteArray(environment.dataHome() + "/Trash/files/" + name)), QByteArray("same"));
+            break;
+        case Action::PermanentDelete:
+            break;
+        case Action::ReplaceWithAlias:
+            expected["B/" + name + ".Alise"] = "f:[Desktop Entry]\nType=Link\nName=" + aliasName + "\nURL=file://"
+                + PathBytes::percentEncoded(kept) + "\n";
+            break;
+        case Action::ReplaceWithSymlink:
+            expected["B/" + name] = "l:" + kept;
+            break;
+        case Action::ReplaceWithHardlink:
+            expected["B/" + name] = "f:same";
+            QCOMPARE(inodeOf(dup), inodeOf(kept));
+            break;
+        }
+        QCOMPARE(snapshot(tree.root()), expected);
+
+        // The group of two ends: the result is empty and the setup screen comes back.
+        const RemovalReview::CloseDecision decision = f.review.refreshAndReload();
+        QVERIFY(decision.allRemoved);
+        QCOMPARE(decision.returnCode, -1000);
+        QCOMPARE(decision.typewindow, 0);
+        QCOMPARE(decision.typetoolbar, 0);
+        QVERIFY(f.state.duplicateMainArray.isEmpty());
+        QCOMPARE(f.state.wastedSpaceDuplicates.load(), 0u);
+        QCOMPARE(f.state.totalDuplicateCount.load(), 1u);
+        QVERIFY(f.selection.isEmpty());
+    }
+
+    void refreshAndReloadBookkeeping() {
+        Review f;
+        const DuplicateGroupPtr two = f.add(makeGroup({ "/t/a1", "/t/a2" }, 10));
+        const DuplicateGroupPtr three = f.add(makeGroup({ "/t/b1", "/t/b2", "/t/b3" }, 7));
+        const DuplicateGroupPtr other = f.add(makeGroup({ "/t/c1", "/t/c2", "/t/c3" }, 5));
+        QCOMPARE(f.state.wastedSpaceDuplicates.load(), 56u);
+        // Both files of the group of two (the original first): the group ends once, and the second
+        // file finds no group. A group of three loses its original and gets the next file as one.
+        f.selection.duplicateSelectedArray
+            = { two->listAll()[0], two->listAll()[1], three->listAll()[0], other->listAll()[1] };
+
+        const RemovalReview::CloseDecision decision = f.review.refreshAndReload();
+        QCOMPARE(f.state.wastedSpaceDuplicates.load(), 56u - 20u - 7u - 5u);
+        QCOMPARE(f.state.totalDuplicateCount.load(), 8u - 4u);
+        QCOMPARE(
+            f.state.duplicateMainArray, (QList<DuplicateGroupPtr> { three, other })); // changed groups go last, in turn
+        QCOMPARE(three->listAll().size(), 2);
+        QCOMPARE(three->original(), QByteArray("/t/b2"));
+        QCOMPARE(other->original(), QByteArray("/t/c1"));
+        QCOMPARE(other->listAll()[1]->urlFile(), QByteArray("/t/c3"));
+        QVERIFY(f.selection.isEmpty());
+        QVERIFY(!decision.allRemoved);
+        QCOMPARE(decision.typewindow, 2);
+        QCOMPARE(decision.typetoolbar, 5);
+        QCOMPARE(originalNames(f.lists.duplicateDisplayArray), (QStringList { "b2", "c1" }));
+    }
+
+    void confirmationAndDroppingRows() {
+        TempEnvironment environment;
+        TempTree tree;
+        Review f;
+        const DuplicateGroupPtr three
+            = f.addOnDisk({ tree.file("X/1", "x"), tree.file("X/2", "x"), tree.file("X/3", "x") });
+        const DuplicateGroupPtr untouched = f.addOnDisk({ tree.file("Y/1", "y"), tree.file("Y/2", "y") });
+        f.older = { FileDictionary { "/elsewhere", 0, 1, std::nullopt } };
+        f.selection.duplicateSelectedArray = { three->listAll()[1], untouched->listAll()[1], three->listAll()[2] };
+        const QMap<QByteArray, QByteArray> before = snapshot(tree.root());
+
+        // A dropped row leaves the selection, not its group; the sheet stays open.
+        QCOMPARE(f.review.removefromlist(1), std::nullopt);
+        QCOMPARE(f.review.removefromlist(7), std::nullopt);
+        QCOMPARE(f.review.numberOfRows(), 2);
+        QCOMPARE(f.review.fileAtRow(1), three->listAll()[2]);
+        QCOMPARE(untouched->listAll().size(), 2);
+
+        // "No" changes nothing. The first texts count the older selection (one item).
+        ScriptedPrompter prompter;
+        prompter.expectAlert(Prompter::SecondButton);
+        QCOMPARE(f.review.removeSelectedFiles(prompter), std::nullopt);
+        QCOMPARE(snapshot(tree.root()), before);
+        QCOMPARE(f.review.numberOfRows(), 2);
+        const Prompter::Alert& asked = prompter.alertsShown.last();
+        QCOMPARE(asked.messageText, QStringLiteral("Are you sure you want move selected item to trash?"));
+        QCOMPARE(asked.informativeText, QStringLiteral("If you choose Yes, item will resides in Trash.\n"));
+        QCOMPARE(asked.buttons, (QStringList { "Yes", "No" }));
+        QCOMPARE(asked.popUpItems, RemovalActions::actionTitles());
+
+        // "Yes" after choosing the symlink item: the texts now count the listed files.
+        prompter.expectAlert(Prompter::FirstButton, false, 3);
+        const std::optional<RemovalReview::CloseDecision> decision = f.review.removeSelectedFiles(prompter);
+        QVERIFY(prompter.allAnswered());
+        QCOMPARE(prompter.alertsShown.last().messageText,
+            QStringLiteral("Are you sure you want replace selected items with symlink?"));
+        QVERIFY(decision.has_value());
+        QVERIFY(!decision->allRemoved);
+        QCOMPARE(decision->typetoolbar, 5);
+        const QMap<QByteArray, QByteArray> after = snapshot(tree.root());
+        QCOMPARE(after.value("X/2"), QByteArray("l:" + tree.path("X/1")));
+        QCOMPARE(after.value("X/3"), QByteArray("l:" + tree.path("X/1")));
+        QCOMPARE(after.value("Y/2"), QByteArray("f:y"));
+        QCOMPARE(f.state.duplicateMainArray, QList<DuplicateGroupPtr> { untouched });
+        QCOMPARE(f.state.wastedSpaceDuplicates.load(), 2u * 4096u);
+
+        // Dropping the last row closes the sheet onto the result screen, nothing done.
+        f.selection.duplicateSelectedArray = { untouched->listAll()[1] };
+        QCOMPARE(f.review.closewindow().typetoolbar, 6); // "Cancel" with files still listed
+        const std::optional<RemovalReview::CloseDecision> dropped = f.review.removefromlist(0);
+        QVERIFY(dropped.has_value());
+        QCOMPARE(dropped->typetoolbar, 5);
+        QCOMPARE(dropped->typewindow, 2);
+        QCOMPARE(tree.read("Y/2"), QByteArray("y"));
+    }
+
+    void failuresAreLoggedAndTheWalkGoesOn_data() {
+        QTest::addColumn<int>("action");
+        QTest::addColumn<QStringList>(
+            "lines"); // %V the vanished file, %G the duplicate whose kept copy went, %F the folder
+        QTest::newRow("trash") << int(Action::MoveToTrash) << QStringList { "file %V not removed" };
+        QTest::newRow("delete") << int(Action::PermanentDelete) << QStringList { "file %V not removed" };
+        QTest::newRow("alias") << int(Action::ReplaceWithAlias)
+                               << QStringList { "error removing No such file or directory (%V)" };
+        QTest::newRow("symlink") << int(Action::ReplaceWithSymlink)
+                                 << QStringList { "error removing No such file or directory (%V)" };
+        QTest::newRow("hardlink") << int(Action::ReplaceWithHardlink)
+                                  << QStringList { "error removing",
+                                         "erroring for file alising %G with error No such file or directory",
+                                         "erroring for file alising %F with error Operation not permitted" };
+    }
+    void failuresAreLoggedAndTheWalkGoesOn() {
+        QFETCH(int, action);
+        QFETCH(QStringList, lines);
+        TempEnvironment environment;
+        TempTree tree;
+        Review f;
+        const DuplicateGroupPtr vanished = f.addOnDisk({ tree.file("A/k1", "1"), tree.file("B/vanished", "1") });
+        const DuplicateGroupPtr keptGone = f.addOnDisk({ tree.file("A/k2", "2"), tree.file("B/d2", "2") });
+        const DuplicateGroupPtr folders = f.addOnDisk({ tree.file("A/fold1/in", "3"), tree.file("B/fold2/in", "3") });
+        folders->setListAll({ std::make_shared<duplicateFile>(tree.path("A/fold1"), 1),
+            std::make_shared<duplicateFile>(tree.path("B/fold2"), 2) });
+        folders->setOriginal(tree.path("A/fold1"));
+        const DuplicateGroupPtr fine = f.addOnDisk({ tree.file("A/k4", "4"), tree.file("B/d4", "4") });
+        ::unlink(tree.path("B/vanished").constData());
+        ::unlink(tree.path("A/k2").constData());
+        f.selection.duplicateSelectedArray
+            = { vanished->listAll()[1], keptGone->listAll()[1], folders->listAll()[1], fine->listAll()[1] };
+
+        LogCapture log;
+        const QList<RemovalActions::Outcome> outcomes = f.review.runAction(Action(action));
+        QStringList expected;
+        for (QString line : lines) {
+            line.replace("%V", QString::fromUtf8(tree.path("B/vanished")));
+            line.replace("%G", QString::fromUtf8(tree.path("B/d2")));
+            line.replace("%F", QString::fromUtf8(tree.path("B/fold2")));
+            expected.append(line);
+        }
+        QCOMPARE(log.lines, expected);
+        QCOMPARE(outcomes.size(), 4);
+        QVERIFY(outcomes[3].done);
+        const QMap<QByteArray, QByteArray> after = snapshot(tree.root());
+        // The kept copies are never touched.
+        QCOMPARE(after.value("A/k1"), QByteArray("f:1"));
+        QCOMPARE(after.value("A/fold1/in"), QByteArray("f:3"));
+        QCOMPARE(after.value("A/k4"), QByteArray("f:4"));
+        QVERIFY(!after.contains("B/fold2/in"));
+        if (Action(action) == Action::ReplaceWithAlias) {
+            // A link file needs a kept copy that is there: none for d2, and nothing logged.
+            QVERIFY(!after.contains("B/d2") && !after.contains("B/d2.Alise"));
+            QVERIFY(after.value("B/vanished.Alise").contains("URL=file://"));
+            QVERIFY(!outcomes[1].done);
+        }
+        if (Action(action) == Action::ReplaceWithSymlink)
+            QCOMPARE(after.value("B/d2"), QByteArray("l:" + tree.path("A/k2")));
+
+        // The lists are updated as if every file had been handled.
+        f.review.refreshAndReload();
+        QVERIFY(f.state.duplicateMainArray.isEmpty());
+        QCOMPARE(f.state.wastedSpaceDuplicates.load(), 0u);
+    }
+
+    void otherFileSystemsAndReadOnlyMounts() {
+        TempEnvironment environment;
+        TempTree tree;
+        TmpfsMount mount(tree.path("mnt"));
+        if (!mount.ok)
+            QSKIP("cannot mount a tmpfs here");
+        {
+            // A hard link cannot cross file systems: the duplicate goes, the link fails and is logged.
+            Review f;
+            const DuplicateGroupPtr group = f.addOnDisk({ tree.file("k", "k"), tree.file("mnt/d", "k") });
+            f.selection.duplicateSelectedArray = { group->listAll()[1] };
+            LogCapture log;
+            f.review.runAction(Action::ReplaceWithHardlink);
+            QCOMPARE(log.lines,
+                QStringList { "erroring for file alising " + QString::fromUtf8(tree.path("mnt/d"))
+                    + " with error Invalid cross-device link" });
+            QVERIFY(!tree.exists("mnt/d"));
+            QCOMPARE(tree.read("k"), QByteArray("k"));
+        }
+
+        const QByteArray item = tree.file("mnt/ro/\xff.txt", "ro");
+        const QByteArray kept = tree.file("kept.txt", "ro");
+        QVERIFY(mount.remountReadOnly());
+        const QString shown = QString::fromUtf8(item);
+        const QList<std::pair<Action, QStringList>> cases = {
+            { Action::MoveToTrash, { "file " + shown + " not removed" } },
+            { Action::PermanentDelete, { "file " + shown + " not removed" } },
+            { Action::ReplaceWithAlias,
+                { "error removing Read-only file system (" + shown + ")",
+                    "::: Read-only file system (" + shown + ".Alise)" } },
+            { Action::ReplaceWithSymlink,
+                { "error removing Read-only file system (" + shown + ")",
+                    "erroring for file alising " + shown + " with error File exists" } },
+            { Action::ReplaceWithHardlink,
+                { "error removing", "erroring for file alising " + shown + " with error File exists" } },
+        };
+        for (const auto& [action, expected] : cases) {
+            Review f;
+            const DuplicateGroupPtr group = f.add(makeGroup({ kept, item }, 1));
+            f.selection.duplicateSelectedArray = { group->listAll()[1] };
+            LogCapture log;
+            const QList<RemovalActions::Outcome> outcomes = f.review.runAction(action);
+            QCOMPARE(log.lines, expected);
+            QVERIFY(!outcomes[0].done);
+            QCOMPARE(tree.read(item), QByteArray("ro"));
+        }
+        QCOMPARE(snapshot(tree.path("mnt")).keys(), (QList<QByteArray> { "ro", "ro/\xff.txt" }));
+        QVERIFY(snapshot(environment.dataHome()).isEmpty()
+            || snapshot(QByteArray(environment.dataHome() + "/Trash/files")).isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRemoval)
+#include "tst_removal.moc"
