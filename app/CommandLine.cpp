@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 
+#include "app/CommandLineRemoval.h"
 #include "app/ResultWriter.h"
 #include "engine/FileSystem.h"
 #include "engine/Log.h"
@@ -33,6 +34,20 @@ Options (for this run only; the stored settings are not changed):
   --format text|json|csv   output format (text by default)
   --progress               live status line on standard error (default when it is a terminal)
   --no-progress            no status line
+
+Removal (scan only; prints text):
+  --keep newest|oldest     in every group choose all copies but the newest (or the oldest) by
+                           creation date and list them: chosen, path, kept copy
+  --action ACTION          with --keep: print the plan for ACTION, one line per file (action,
+                           path, kept copy), and change nothing. ACTION is one of
+                             trash     move to the desktop trash
+                             delete    remove for good (folders with everything in them)
+                             alias     replace by a link file PATH.Alise to the kept copy
+                             symlink   replace by a symbolic link to the kept copy
+                             hardlink  replace by a hard link to the kept copy
+  --yes                    with --action: carry the plan out, one line per file (trashed,
+                           deleted, ... or failed with the reason), then the totals left;
+                           exit status 1 when any file failed
   -h, --help               show this help
   --version                show the version
 )";
@@ -46,6 +61,10 @@ struct Options {
     ResultWriter::Format format = ResultWriter::Format::Text;
     bool progress = false;
     QList<QByteArray> paths;
+    std::optional<CommandLineRemoval::Keep> keep;
+    std::optional<RemovalActions::Action> action;
+    bool yes = false;
+    bool formatGiven = false;
 };
 
 struct UsageError {
@@ -113,6 +132,7 @@ Options parse(const QList<QByteArray>& arguments) {
             options.ignoreFolders->append(
                 QString::fromUtf8(PathBytes::normalized(value(), PathBytes::currentDirectory())));
         } else if (name == "--format") {
+            options.formatGiven = true;
             const QByteArray v = value();
             if (v == "text")
                 options.format = ResultWriter::Format::Text;
@@ -122,6 +142,22 @@ Options parse(const QList<QByteArray>& arguments) {
                 options.format = ResultWriter::Format::Csv;
             else
                 throw UsageError { "option '--format' takes text, json or csv, not '" + v + "'" };
+        } else if (name == "--keep") {
+            const QByteArray v = value();
+            if (v == "newest")
+                options.keep = CommandLineRemoval::Keep::Newest;
+            else if (v == "oldest")
+                options.keep = CommandLineRemoval::Keep::Oldest;
+            else
+                throw UsageError { "option '--keep' takes newest or oldest, not '" + v + "'" };
+        } else if (name == "--action") {
+            const QByteArray v = value();
+            options.action = CommandLineRemoval::actionOfWord(v);
+            if (!options.action)
+                throw UsageError { "option '--action' takes trash, delete, alias, symlink or hardlink, not '" + v
+                    + "'" };
+        } else if (argument == "--yes") {
+            options.yes = true;
         } else if (argument == "--progress") {
             options.progress = true;
         } else if (argument == "--no-progress") {
@@ -130,6 +166,14 @@ Options parse(const QList<QByteArray>& arguments) {
             throw UsageError { "unknown option '" + name + "'" };
         }
     }
+    if (options.yes && !options.action)
+        throw UsageError { "option '--yes' needs --action" };
+    if (options.action && !options.keep)
+        throw UsageError { "option '--action' needs --keep" };
+    if (options.keep && options.command != "scan")
+        throw UsageError { "option '--keep' works with scan only" };
+    if (options.keep && options.formatGiven && options.format != ResultWriter::Format::Text)
+        throw UsageError { "option '--keep' prints text only, not --format json or csv" };
     if (options.paths.isEmpty())
         throw UsageError { "no PATH given" };
     return options;
@@ -263,6 +307,12 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
         }
         while (!driver.waitForScanThread(100))
             progress.show(state, listScan);
+    }
+
+    if (options.keep) {
+        const CommandLineRemoval::Request request { *options.keep, options.action, options.yes };
+        const int removal = CommandLineRemoval::run(state, request, out);
+        return status != Success ? status : removal;
     }
 
     const QByteArray result = ResultWriter::write(

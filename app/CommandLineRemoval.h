@@ -1,0 +1,37 @@
+#pragma once
+
+#include "removal/RemovalActions.h"
+
+#include <QByteArray>
+#include <cstdio>
+#include <optional>
+
+struct ScanState;
+
+// Removal from the command line, after a folder scan: chooses copies over all groups with the
+// result screen's automatic rule, prints the plan, and carries it out only when asked to.
+//
+// Every file gets one line of tab-separated fields: what is (or was) done, its path, the kept
+// copy, and for a failure the reason. In paths a tab, a line break and a backslash are written as
+// "\t", "\n" and "\\" so that a line is always one file; other bytes are written as they are.
+// A summary line starting with "#" ends the output.
+namespace CommandLineRemoval {
+
+enum class Keep { Newest, Oldest };
+
+struct Request {
+    Keep keep = Keep::Oldest;
+    std::optional<RemovalActions::Action> action; // none: only list the chosen files
+    bool yes = false; // carry the action out
+};
+
+// The command-line word of an action (trash, delete, alias, symlink, hardlink) and back.
+QByteArray actionWord(RemovalActions::Action action);
+std::optional<RemovalActions::Action> actionOfWord(const QByteArray& word);
+
+// Chooses, prints and (with `yes`) acts. Answers 1 when any file failed, else 0.
+int run(ScanState& state, const Request& request, std::FILE* out);
+
+QByteArray escapedPath(const QByteArray& path);
+
+} // namespace CommandLineRemoval
