@@ -100,8 +100,8 @@ QByteArray topDirectoryOf(const QByteArray& path, dev_t device) {
         return QByteArrayLiteral("/");
     while (top != "/") {
         const QByteArray parent = PathBytes::deletingLastPathComponent(top);
-        struct stat st;
-        if (::stat(parent.constData(), &st) != 0 || st.st_dev != device)
+        FileSystem::ItemInfo info;
+        if (!FileSystem::stat(parent, info) || info.device != device)
             break;
         top = parent;
     }
