@@ -34,6 +34,8 @@ Options (for this run only; the stored settings are not changed):
   --format text|json|csv   output format (text by default)
   --progress               live status line on standard error (default when it is a terminal)
   --no-progress            no status line
+  -h, --help               show this help
+  --version                show the version
 
 Removal (scan only; prints text):
   --keep newest|oldest     in every group choose all copies but the newest (or the oldest) by
@@ -48,8 +50,6 @@ Removal (scan only; prints text):
   --yes                    with --action: carry the plan out, one line per file (trashed,
                            deleted, ... or failed with the reason), then the totals left;
                            exit status 1 when any file failed
-  -h, --help               show this help
-  --version                show the version
 )";
 
 struct Options {

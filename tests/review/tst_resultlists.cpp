@@ -62,15 +62,6 @@ private slots:
         QCOMPARE(originalNames(f.state.duplicateMainArray), (QStringList { "b", "A", "B", "a" }));
     }
 
-    void twoOutcomeComparator() {
-        QVERIFY(ResultLists::leftGoesAfterRight(2, 1, false));
-        QVERIFY(!ResultLists::leftGoesAfterRight(1, 2, false));
-        QVERIFY(!ResultLists::leftGoesAfterRight(1, 1, false));
-        QVERIFY(ResultLists::leftGoesAfterRight(1, 2, true));
-        QVERIFY(!ResultLists::leftGoesAfterRight(2, 1, true));
-        QVERIFY(ResultLists::leftGoesAfterRight(1, 1, true));
-    }
-
     void sortMenuRulesAndLogLines() {
         Fixture f;
         LogCapture log;

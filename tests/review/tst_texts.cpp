@@ -62,10 +62,6 @@ private slots:
     void toolbarAndStatusLine() {
         QCOMPARE(StatusTexts::mainToolBarText(5, 1, 0, 0),
             QStringLiteral("1 Duplicates. Total: 0 Byte \n Select duplicates for removal."));
-        QCOMPARE(StatusTexts::mainToolBarText(6, 4, 12345678, 2),
-            QStringLiteral("2 of 4 duplicates selected \n click on Remove for review."));
-        QCOMPARE(StatusTexts::mainToolBarText(6, 4, 12345678, 0),
-            QStringLiteral("4 Duplicates. Total: 12.3 MB \n Select duplicates for removal."));
 
         // The number counts folders only, the word folders and files together.
         QCOMPARE(StatusTexts::bottomStatus(0, 0, 0, 1, 4096), QStringLiteral("0 Duplicate (4 KB)"));
