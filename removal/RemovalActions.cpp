@@ -1,10 +1,12 @@
 #include "removal/RemovalActions.h"
 
+#include "engine/FileSystem.h"
 #include "engine/Log.h"
 #include "engine/PathBytes.h"
 #include "removal/FileOperations.h"
 #include "removal/Trash.h"
 
+#include <algorithm>
 #include <cerrno>
 
 namespace RemovalActions {
@@ -20,12 +22,31 @@ QString errorWithPath(int error, const QByteArray& path) {
     return QStringLiteral("%1 (%2)").arg(FileOperations::errorText(error), shown(path));
 }
 
-Outcome outcomeFor(const DuplicateFilePtr& file, const QList<DuplicateGroupPtr>& groups) {
+Outcome outcomeFor(
+    const DuplicateFilePtr& file, const QList<DuplicateGroupPtr>& groups, const QList<DuplicateFilePtr>& chosen) {
     Outcome outcome;
     outcome.file = file;
     if (const DuplicateGroupPtr group = groupOf(groups, file))
-        outcome.keptCopy = group->original();
+        outcome.keptCopy = keptCopyOf(group, chosen);
     return outcome;
+}
+
+// Why a replacement would certainly leave nothing in the file's place, checked before the file is
+// removed: then it stays. 0 when the link can be attempted.
+int replacementBlocked(const QByteArray& path, const QByteArray& keptCopy, bool hardLink) {
+    if (keptCopy.isEmpty())
+        return ENOENT;
+    FileSystem::ItemInfo kept;
+    if (!FileSystem::stat(keptCopy, kept))
+        return ENOENT;
+    if (!hardLink)
+        return 0;
+    if (kept.kind == FileSystem::Kind::Directory)
+        return EPERM;
+    FileSystem::ItemInfo folder;
+    if (FileSystem::stat(PathBytes::deletingLastPathComponent(path), folder) && folder.device != kept.device)
+        return EXDEV;
+    return 0;
 }
 
 enum class Replacement { Alias, Symlink, Hardlink };
@@ -33,8 +54,29 @@ enum class Replacement { Alias, Symlink, Hardlink };
 QList<Outcome> replace(Replacement kind, const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
     QList<Outcome> outcomes;
     for (const DuplicateFilePtr& file : files) {
-        Outcome outcome = outcomeFor(file, groups);
+        Outcome outcome = outcomeFor(file, groups, files);
         const QByteArray& u = file->urlFile();
+
+        // Every copy of the group was chosen: the kept one stays, the others will point at it.
+        if (u == outcome.keptCopy) {
+            Log::line(QStringLiteral("file %1 not removed").arg(shown(u)));
+            outcome.error = QStringLiteral("kept copy");
+            outcomes.append(outcome);
+            continue;
+        }
+        // A link that cannot be made must not cost the file: with no kept copy to point at, or a
+        // hard link that cannot reach it, the duplicate stays where it is.
+        if (const int blocked = replacementBlocked(u, outcome.keptCopy, kind == Replacement::Hardlink)) {
+            if (kind == Replacement::Alias)
+                Log::line(QStringLiteral("::: %1").arg(errorWithPath(blocked, u + ".Alise")));
+            else
+                Log::line(QStringLiteral("erroring for file alising %1 with error %2")
+                              .arg(shown(u), FileOperations::errorText(blocked)));
+            outcome.error
+                = outcome.keptCopy.isEmpty() ? QStringLiteral("no kept copy") : FileOperations::errorText(blocked);
+            outcomes.append(outcome);
+            continue;
+        }
 
         // The duplicate goes first; a failed removal does not stop the attempt to link.
         const int removeError = FileOperations::removeItem(u);
@@ -47,19 +89,12 @@ QList<Outcome> replace(Replacement kind, const QList<DuplicateFilePtr>& files, c
 
         int linkError = 0;
         if (kind == Replacement::Alias) {
-            // No link file can be made to a kept copy that cannot be found; nothing is logged then.
-            if (outcome.keptCopy.isEmpty() || !FileOperations::exists(outcome.keptCopy)) {
-                linkError = ENOENT;
-            } else {
-                const QByteArray aliasPath = u + ".Alise";
-                linkError = FileOperations::writeAliasFile(aliasPath, outcome.keptCopy);
-                if (linkError)
-                    Log::line(QStringLiteral("::: %1").arg(errorWithPath(linkError, aliasPath)));
-            }
+            const QByteArray aliasPath = u + ".Alise";
+            linkError = FileOperations::writeAliasFile(aliasPath, outcome.keptCopy);
+            if (linkError)
+                Log::line(QStringLiteral("::: %1").arg(errorWithPath(linkError, aliasPath)));
         } else {
-            if (outcome.keptCopy.isEmpty())
-                linkError = ENOENT;
-            else if (kind == Replacement::Symlink)
+            if (kind == Replacement::Symlink)
                 linkError = FileOperations::makeSymbolicLink(u, outcome.keptCopy);
             else
                 linkError = FileOperations::makeHardLink(u, outcome.keptCopy);
@@ -73,8 +108,7 @@ QList<Outcome> replace(Replacement kind, const QList<DuplicateFilePtr>& files, c
         if (removeError)
             outcome.error = FileOperations::errorText(removeError);
         else if (linkError)
-            outcome.error
-                = outcome.keptCopy.isEmpty() ? QStringLiteral("no kept copy") : FileOperations::errorText(linkError);
+            outcome.error = FileOperations::errorText(linkError);
         outcomes.append(outcome);
     }
     return outcomes;
@@ -100,6 +134,19 @@ Action actionForTitle(const QString& text) {
     return Action::ReplaceWithHardlink;
 }
 
+QByteArray keptCopyOf(const DuplicateGroupPtr& group, const QList<DuplicateFilePtr>& chosen) {
+    const QList<DuplicateFilePtr>& members = group->listAll();
+    const bool originalChosen = std::any_of(chosen.cbegin(), chosen.cend(),
+        [&](const DuplicateFilePtr& file) { return members.contains(file) && file->urlFile() == group->original(); });
+    if (!originalChosen)
+        return group->original();
+    for (const DuplicateFilePtr& member : members) {
+        if (!chosen.contains(member))
+            return member->urlFile();
+    }
+    return group->original();
+}
+
 DuplicateGroupPtr groupOf(const QList<DuplicateGroupPtr>& duplicateMainArray, const DuplicateFilePtr& file) {
     for (const DuplicateGroupPtr& group : duplicateMainArray) {
         if (group->listAll().contains(file))
@@ -111,7 +158,7 @@ DuplicateGroupPtr groupOf(const QList<DuplicateGroupPtr>& duplicateMainArray, co
 QList<Outcome> movetotrash(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
     QList<Outcome> outcomes;
     for (const DuplicateFilePtr& file : files) {
-        Outcome outcome = outcomeFor(file, groups);
+        Outcome outcome = outcomeFor(file, groups, files);
         const Trash::Result result = Trash::moveToTrash(file->urlFile());
         outcome.done = result.ok();
         if (!result.ok()) {
@@ -126,7 +173,7 @@ QList<Outcome> movetotrash(const QList<DuplicateFilePtr>& files, const QList<Dup
 QList<Outcome> PermanentDelete(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
     QList<Outcome> outcomes;
     for (const DuplicateFilePtr& file : files) {
-        Outcome outcome = outcomeFor(file, groups);
+        Outcome outcome = outcomeFor(file, groups, files);
         const int error = FileOperations::removeItem(file->urlFile());
         outcome.done = error == 0;
         if (error) {

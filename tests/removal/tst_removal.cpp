@@ -204,9 +204,11 @@ private slots:
         QTest::newRow("trash") << int(Action::MoveToTrash) << QStringList { "file %V not removed" };
         QTest::newRow("delete") << int(Action::PermanentDelete) << QStringList { "file %V not removed" };
         QTest::newRow("alias") << int(Action::ReplaceWithAlias)
-                               << QStringList { "error removing No such file or directory (%V)" };
+                               << QStringList { "error removing No such file or directory (%V)",
+                                      "::: No such file or directory (%G.Alise)" };
         QTest::newRow("symlink") << int(Action::ReplaceWithSymlink)
-                                 << QStringList { "error removing No such file or directory (%V)" };
+                                 << QStringList { "error removing No such file or directory (%V)",
+                                        "erroring for file alising %G with error No such file or directory" };
         QTest::newRow("hardlink") << int(Action::ReplaceWithHardlink)
                                   << QStringList { "error removing",
                                          "erroring for file alising %G with error No such file or directory",
@@ -247,20 +249,46 @@ private slots:
         QCOMPARE(after.value("A/k1"), QByteArray("f:1"));
         QCOMPARE(after.value("A/fold1/in"), QByteArray("f:3"));
         QCOMPARE(after.value("A/k4"), QByteArray("f:4"));
-        QVERIFY(!after.contains("B/fold2/in"));
-        if (Action(action) == Action::ReplaceWithAlias) {
-            // A link file needs a kept copy that is there: none for d2, and nothing logged.
-            QVERIFY(!after.contains("B/d2") && !after.contains("B/d2.Alise"));
-            QVERIFY(after.value("B/vanished.Alise").contains("URL=file://"));
+        const bool replacing = Action(action) != Action::MoveToTrash && Action(action) != Action::PermanentDelete;
+        // A hard link cannot point at a folder: the folder copy is refused before it is removed.
+        QCOMPARE(after.contains("B/fold2/in"), Action(action) == Action::ReplaceWithHardlink);
+        // With its kept copy gone, a duplicate is the last copy: replacements leave it alone.
+        QCOMPARE(after.value("B/d2"), replacing ? QByteArray("f:2") : QByteArray());
+        QVERIFY(!after.contains("B/d2.Alise"));
+        if (replacing)
             QVERIFY(!outcomes[1].done);
-        }
-        if (Action(action) == Action::ReplaceWithSymlink)
-            QCOMPARE(after.value("B/d2"), QByteArray("l:" + tree.path("A/k2")));
+        if (Action(action) == Action::ReplaceWithAlias)
+            QVERIFY(after.value("B/vanished.Alise").contains("URL=file://"));
 
         // The lists are updated as if every file had been handled.
         f.review.refreshAndReload();
         QVERIFY(f.state.duplicateMainArray.isEmpty());
         QCOMPARE(f.state.wastedSpaceDuplicates.load(), 0u);
+    }
+
+    // Keeping the newest chooses the group's original: the replacements then point at the newest
+    // copy, and when every copy is chosen the kept one stays in place.
+    void replacementsNeverPointAtAChosenCopy() {
+        TempEnvironment environment;
+        TempTree tree;
+        Review f;
+        const DuplicateGroupPtr group
+            = f.addOnDisk({ tree.file("old", "same"), tree.file("mid", "same"), tree.file("new", "same") });
+        f.selection.duplicateSelectedArray = { group->listAll()[0], group->listAll()[1] };
+        f.review.runAction(Action::ReplaceWithSymlink);
+        QCOMPARE(snapshot(tree.root()),
+            (QMap<QByteArray, QByteArray> {
+                { "mid", "l:" + tree.path("new") }, { "new", "f:same" }, { "old", "l:" + tree.path("new") } }));
+
+        TempTree all;
+        Review g;
+        const DuplicateGroupPtr every = g.addOnDisk({ all.file("a", "x"), all.file("b", "x"), all.file("c", "x") });
+        g.selection.duplicateSelectedArray = every->listAll();
+        LogCapture log;
+        g.review.runAction(Action::ReplaceWithHardlink);
+        QCOMPARE(log.lines, QStringList { "file " + QString::fromUtf8(all.path("a")) + " not removed" });
+        QCOMPARE(all.read("a"), QByteArray("x"));
+        QCOMPARE(all.read("c"), QByteArray("x"));
     }
 
     void otherFileSystemsAndReadOnlyMounts() {
@@ -270,7 +298,7 @@ private slots:
         if (!mount.ok)
             QSKIP("cannot mount a tmpfs here");
         {
-            // A hard link cannot cross file systems: the duplicate goes, the link fails and is logged.
+            // A hard link cannot cross file systems: refused and logged, and the duplicate stays.
             Review f;
             const DuplicateGroupPtr group = f.addOnDisk({ tree.file("k", "k"), tree.file("mnt/d", "k") });
             f.selection.duplicateSelectedArray = { group->listAll()[1] };
@@ -279,7 +307,7 @@ private slots:
             QCOMPARE(log.lines,
                 QStringList { "erroring for file alising " + QString::fromUtf8(tree.path("mnt/d"))
                     + " with error Invalid cross-device link" });
-            QVERIFY(!tree.exists("mnt/d"));
+            QCOMPARE(tree.read("mnt/d"), QByteArray("k"));
             QCOMPARE(tree.read("k"), QByteArray("k"));
         }
 
@@ -297,7 +325,7 @@ private slots:
                 { "error removing Read-only file system (" + shown + ")",
                     "erroring for file alising " + shown + " with error File exists" } },
             { Action::ReplaceWithHardlink,
-                { "error removing", "erroring for file alising " + shown + " with error File exists" } },
+                { "erroring for file alising " + shown + " with error Invalid cross-device link" } },
         };
         for (const auto& [action, expected] : cases) {
             Review f;
@@ -309,7 +337,7 @@ private slots:
             QVERIFY(!outcomes[0].done);
             QCOMPARE(tree.read(item), QByteArray("ro"));
         }
-        QCOMPARE(snapshot(tree.path("mnt")).keys(), (QList<QByteArray> { "ro", "ro/\xff.txt" }));
+        QCOMPARE(snapshot(tree.path("mnt")).keys(), (QList<QByteArray> { "d", "ro", "ro/\xff.txt" }));
         QVERIFY(snapshot(environment.dataHome()).isEmpty()
             || snapshot(QByteArray(environment.dataHome() + "/Trash/files")).isEmpty());
     }
