@@ -1,0 +1,414 @@
+#include "app/PreferenceWindow.h"
+
+#include "app/IgnoredFolderModel.h"
+#include "controls/AppIcons.h"
+#include "controls/TokenField.h"
+#include "engine/PathBytes.h"
+#include "engine/ScanSettings.h"
+#include "engine/SettingsStore.h"
+#include "review/ByteCountFormatter.h"
+#include "review/Prompter.h"
+
+#include <QCheckBox>
+#include <QDesktopServices>
+#include <QDir>
+#include <QGuiApplication>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QShortcut>
+#include <QSlider>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTimer>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <QtConcurrent>
+
+namespace {
+
+const QChar tokenSeparator(0x03C0); // the pi sign
+
+QLabel* heading(const QString& text) {
+    auto* label = new QLabel(text);
+    QFont font = label->font();
+    font.setBold(true);
+    label->setFont(font);
+    return label;
+}
+
+QLabel* hint(const QString& text) {
+    auto* label = new QLabel(text);
+    label->setWordWrap(true);
+    label->setForegroundRole(QPalette::PlaceholderText);
+    QFont font = label->font();
+    font.setPointSizeF(font.pointSizeF() * 0.9);
+    label->setFont(font);
+    return label;
+}
+
+QByteArray withoutTrailingSlash(const QByteArray& path) {
+    return path.size() > 1 && path.endsWith('/') ? path.chopped(1) : path;
+}
+
+} // namespace
+
+PreferenceWindow::PreferenceWindow(ScanSettings& settings, SettingsStore& store, Prompter& prompter, QWidget* parent)
+    : QWidget(parent, Qt::Window)
+    , openUrl([](const QUrl& url) { return QDesktopServices::openUrl(url); })
+    , m_settings(settings)
+    , m_store(store)
+    , m_prompter(prompter) {
+    setWindowTitle(tr("Preferences"));
+    setWindowIcon(AppIcons::applicationIcon());
+
+    tabView = new QTabWidget(this);
+    tabView->setDocumentMode(true);
+    FirstTab = makeSettingsTab();
+    SecondTab = makeAboutTab();
+    tabView->addTab(FirstTab, tr("General"));
+    tabView->addTab(SecondTab, tr("About"));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 6, 0, 0);
+    layout->addWidget(tabView);
+    connect(tabView, &QTabWidget::currentChanged, this, &PreferenceWindow::tabViewDidSelectTabViewItem);
+
+    auto* close = new QShortcut(QKeySequence::Close, this);
+    connect(close, &QShortcut::activated, this, &QWidget::close);
+    auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    connect(escape, &QShortcut::activated, this, &QWidget::close);
+
+    setFixedSize(firstTabSize);
+    windowDidLoad();
+    windowDidMove();
+}
+
+PreferenceWindow::~PreferenceWindow() {
+    waitForSetobj();
+}
+
+const QUrl& PreferenceWindow::websiteUrl() {
+    static const QUrl url(QStringLiteral("https://twinsift.app/"));
+    return url;
+}
+
+const QUrl& PreferenceWindow::supportUrl() {
+    static const QUrl url(QStringLiteral("https://twinsift.app/support/"));
+    return url;
+}
+
+QString PreferenceWindow::sizeText(double position) {
+    const QString text = ByteCountFormatter::binary(getSizeFromslidervalue(position));
+    return text == QLatin1String("Zero KB") ? QStringLiteral("0 byte") : text;
+}
+
+QWidget* PreferenceWindow::makeSettingsTab() {
+    auto* tab = new QWidget;
+    auto* layout = new QVBoxLayout(tab);
+    layout->setContentsMargins(18, 14, 18, 14);
+    layout->setSpacing(6);
+
+    layout->addWidget(heading(tr("While scanning")));
+    checkSubdirectory = new QCheckBox(tr("Look into subfolders"));
+    checkHiddenFiles = new QCheckBox(tr("Include hidden files and folders"));
+    checkPackge = new QCheckBox(tr("Look inside packages and bundles"));
+    for (QCheckBox* box : { checkSubdirectory, checkHiddenFiles, checkPackge }) {
+        layout->addWidget(box);
+        connect(box, &QCheckBox::clicked, this, [this, box] { checkbtnAction(box); });
+    }
+
+    layout->addSpacing(12);
+    layout->addWidget(heading(tr("Skip files smaller than")));
+    auto* sliderRow = new QHBoxLayout;
+    sizeSlider = new QSlider(Qt::Horizontal);
+    sizeSlider->setRange(0, sliderMaximum * sliderScale);
+    sizeSlider->setPageStep(5 * sliderScale);
+    textSlider = new QLabel;
+    textSlider->setMinimumWidth(72);
+    textSlider->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    sliderRow->addWidget(sizeSlider, 1);
+    sliderRow->addWidget(textSlider);
+    layout->addLayout(sliderRow);
+    connect(sizeSlider, &QSlider::valueChanged, this, &PreferenceWindow::sliderChangeAction);
+
+    layout->addSpacing(12);
+    layout->addWidget(heading(tr("Ignore these file types")));
+    tokenView = new TokenField;
+    tokenView->setTokenizingCharacter(tokenSeparator);
+    tokenView->setFixedHeight(112);
+    tokenView->input()->setPlaceholderText(tr("Add a type"));
+    layout->addWidget(tokenView);
+    layout->addWidget(hint(tr("Extensions without the dot; press Return after each one.")));
+    connect(tokenView, &TokenField::editingFinished, this, &PreferenceWindow::controlTextDidEndEditing);
+
+    layout->addSpacing(12);
+    layout->addWidget(heading(tr("Ignore these folders")));
+    m_folderModel = new IgnoredFolderModel(this);
+    ignoreScrollview = new QTableView;
+    ignoreScrollview->setModel(m_folderModel);
+    ignoreScrollview->horizontalHeader()->hide();
+    ignoreScrollview->horizontalHeader()->setStretchLastSection(true);
+    ignoreScrollview->verticalHeader()->hide();
+    ignoreScrollview->verticalHeader()->setDefaultSectionSize(24);
+    ignoreScrollview->setShowGrid(false);
+    ignoreScrollview->setAlternatingRowColors(true);
+    ignoreScrollview->setSelectionBehavior(QAbstractItemView::SelectRows);
+    ignoreScrollview->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    ignoreScrollview->setTextElideMode(Qt::ElideMiddle);
+    ignoreScrollview->setIconSize(QSize(16, 16));
+    ignoreScrollview->setAcceptDrops(true);
+    ignoreScrollview->setDragDropMode(QAbstractItemView::DropOnly);
+    ignoreScrollview->setDropIndicatorShown(false);
+    ignoreScrollview->setDefaultDropAction(Qt::CopyAction);
+    layout->addWidget(ignoreScrollview, 1);
+    connect(m_folderModel, &IgnoredFolderModel::foldersDropped, this, [this](const QList<QByteArray>& folders) {
+        m_draggedFolders = folders;
+        const QString index = QString::number(m_settings.ignoreFolderList.size());
+        QTimer::singleShot(100, this, [this, index] { addDragFile(index); });
+    });
+    auto* remove = new QShortcut(QKeySequence::Delete, ignoreScrollview, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(remove, &QShortcut::activated, this, &PreferenceWindow::DeleteRowfromTable);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(2);
+    auto* addButton = new QToolButton;
+    addButton->setIcon(QIcon::fromTheme(QStringLiteral("list-add")));
+    addButton->setText(QStringLiteral("+"));
+    addButton->setToolTip(tr("Add folders to ignore"));
+    auto* removeButton = new QToolButton;
+    removeButton->setIcon(QIcon::fromTheme(QStringLiteral("list-remove")));
+    removeButton->setText(QStringLiteral("\u2212"));
+    removeButton->setToolTip(tr("Remove the selected folders"));
+    removeButton->setEnabled(false);
+    buttons->addWidget(addButton);
+    buttons->addWidget(removeButton);
+    buttons->addSpacing(8);
+    buttons->addWidget(hint(tr("Or drop folders on the list.")), 1);
+    layout->addLayout(buttons);
+    connect(addButton, &QToolButton::clicked, this, &PreferenceWindow::Add_Folder);
+    connect(removeButton, &QToolButton::clicked, this, &PreferenceWindow::Remove_Folder);
+    connect(ignoreScrollview->selectionModel(), &QItemSelectionModel::selectionChanged, removeButton,
+        [this, removeButton] { removeButton->setEnabled(ignoreScrollview->selectionModel()->hasSelection()); });
+    return tab;
+}
+
+QWidget* PreferenceWindow::makeAboutTab() {
+    auto* tab = new QWidget;
+    auto* layout = new QVBoxLayout(tab);
+    layout->setContentsMargins(16, 12, 16, 14);
+    layout->setSpacing(4);
+
+    logoApp = new QLabel;
+    logoApp->setPixmap(AppIcons::applicationIcon().pixmap(72, 72));
+    nameApp = new QLabel(QStringLiteral("Twinsift"));
+    QFont nameFont = nameApp->font();
+    nameFont.setPointSizeF(nameFont.pointSizeF() * 1.5);
+    nameFont.setBold(true);
+    nameApp->setFont(nameFont);
+    versionApp = new QLabel(
+        QStringLiteral("Version %1 (%2)").arg(QLatin1String(TWINSIFT_VERSION), QLatin1String(TWINSIFT_BUILD)));
+    CopyrightApp = new QLabel(QStringLiteral("Copyright \u00A9 2025 The Twinsift developers"));
+    CopyrightApp->setForegroundRole(QPalette::PlaceholderText);
+    websiteApp = new QLabel(QStringLiteral("<a href=\"%1\">twinsift.app</a>").arg(websiteUrl().toString()));
+    websiteApp->setTextFormat(Qt::RichText);
+    websiteApp->setOpenExternalLinks(false);
+    websiteApp->setCursor(Qt::PointingHandCursor);
+    connect(websiteApp, &QLabel::linkActivated, this, [this] { openUrl(websiteUrl()); });
+    auto* supportButton = new QPushButton(tr("Support\u2026"));
+    connect(supportButton, &QPushButton::clicked, this, &PreferenceWindow::support);
+
+    for (QLabel* label : { logoApp, nameApp, versionApp, CopyrightApp, websiteApp }) {
+        label->setAlignment(Qt::AlignHCenter);
+        layout->addWidget(label);
+    }
+    layout->insertSpacing(1, 4);
+    layout->addSpacing(10);
+    layout->addWidget(supportButton, 0, Qt::AlignHCenter);
+    layout->addStretch(1);
+    return tab;
+}
+
+void PreferenceWindow::windowDidLoad() {
+    tokenView->setText(m_settings.ignoreFileTypeList.join(tokenSeparator));
+    checkSubdirectory->setChecked(m_settings.checkSubDir == QLatin1String("y"));
+    checkHiddenFiles->setChecked(m_settings.checkHdn == QLatin1String("y"));
+    checkPackge->setChecked(m_settings.checkPKG == QLatin1String("y"));
+    {
+        const QSignalBlocker blocker(sizeSlider);
+        sizeSlider->setValue(qRound(m_settings.SkipLessThen * sliderScale));
+    }
+    textSlider->setText(sizeText(m_settings.SkipLessThen));
+    m_folderModel->setFolders(m_settings.ignoreFolderList);
+}
+
+void PreferenceWindow::checkbtnAction(QCheckBox* sender) {
+    waitForSetobj();
+    const QString value = sender->isChecked() ? QStringLiteral("y") : QStringLiteral("n");
+    QString key;
+    if (sender == checkSubdirectory) {
+        m_settings.checkSubDir = value;
+        key = QStringLiteral("checkSubDir");
+    } else if (sender == checkHiddenFiles) {
+        m_settings.checkHdn = value;
+        key = QStringLiteral("checkHdn");
+    } else {
+        m_settings.checkPKG = value;
+        key = QStringLiteral("checkPKG");
+    }
+    m_store.setValue(key, value);
+    m_store.synchronize();
+}
+
+void PreferenceWindow::sliderChangeAction() {
+    waitForSetobj();
+    // Only the store changes: the minimum size reaches the scan when it next loads its settings.
+    const double position = static_cast<double>(sizeSlider->value()) / sliderScale;
+    m_store.setDouble(QStringLiteral("SkipLessThen"), position);
+    m_store.synchronize();
+    textSlider->setText(sizeText(position));
+}
+
+void PreferenceWindow::controlTextDidEndEditing() {
+    waitForSetobj();
+    const QString text = tokenView->text();
+    m_setobj = QtConcurrent::run([this, text] { setobj(text); });
+}
+
+void PreferenceWindow::setobj(const QString& text) {
+    const QStringList types = text.toLower().split(tokenSeparator, Qt::KeepEmptyParts);
+    m_settings.ignoreFileTypeList = types;
+    m_store.setValue(QStringLiteral("ignoreFileTypeList"), types);
+    m_store.synchronize();
+    QMetaObject::invokeMethod(this, &PreferenceWindow::ignoredTypesStored, Qt::QueuedConnection);
+}
+
+void PreferenceWindow::waitForSetobj() {
+    m_setobj.waitForFinished();
+}
+
+void PreferenceWindow::Add_Folder() {
+    Prompter::OpenPanel panel;
+    panel.prompt = tr("Add");
+    panel.message = tr("Choose folders to leave out of every scan");
+    panel.canChooseFiles = false;
+    panel.canChooseDirectories = true;
+    panel.allowsMultipleSelection = true;
+    panel.canCreateDirectories = true;
+    panel.directory = QDir::homePath().toUtf8();
+    panel.shouldEnable = [this](const QByteArray& path) {
+        return !m_settings.ignoreFolderList.contains(PathBytes::display(withoutTrailingSlash(path)));
+    };
+    const Prompter::PanelAnswer answer = m_prompter.runOpenPanel(panel);
+    if (answer.response != Prompter::OK)
+        return;
+    for (const QByteArray& url : answer.urls) {
+        const QString folder = PathBytes::display(withoutTrailingSlash(url));
+        if (!m_settings.ignoreFolderList.contains(folder))
+            m_settings.ignoreFolderList.append(folder);
+    }
+    QTimer::singleShot(500, this, &PreferenceWindow::add);
+}
+
+void PreferenceWindow::add() {
+    m_folderModel->setFolders(m_settings.ignoreFolderList);
+    storeFolderList();
+}
+
+void PreferenceWindow::addDragFile(const QString& index) {
+    qsizetype at = std::clamp<qsizetype>(index.toLongLong(), 0, m_settings.ignoreFolderList.size());
+    for (const QByteArray& path : std::as_const(m_draggedFolders)) {
+        const QString folder = PathBytes::display(path);
+        if (!m_settings.ignoreFolderList.contains(folder))
+            m_settings.ignoreFolderList.insert(at++, folder);
+    }
+    m_draggedFolders.clear();
+    m_folderModel->setFolders(m_settings.ignoreFolderList);
+    storeFolderList();
+}
+
+namespace {
+
+QList<int> selectedRows(QTableView* table) {
+    QList<int> rows;
+    for (const QModelIndex& index : table->selectionModel()->selectedRows())
+        rows.append(index.row());
+    std::sort(rows.begin(), rows.end(), std::greater<int>());
+    return rows;
+}
+
+void removeRows(QStringList& list, const QList<int>& descendingRows) {
+    for (int row : descendingRows) {
+        if (row >= 0 && row < list.size())
+            list.removeAt(row);
+    }
+}
+
+} // namespace
+
+void PreferenceWindow::Remove_Folder() {
+    const QList<int> rows = selectedRows(ignoreScrollview);
+    removeRows(m_settings.ignoreFolderList, rows);
+    m_folderModel->removeRowsAt(rows);
+    storeFolderList();
+}
+
+void PreferenceWindow::DeleteRowfromTable() {
+    const QList<int> rows = selectedRows(ignoreScrollview);
+    removeRows(m_settings.ignoreFolderList, rows);
+    storeFolderList();
+    m_folderModel->removeRowsAt(rows);
+}
+
+void PreferenceWindow::storeFolderList() {
+    waitForSetobj();
+    m_store.setValue(QStringLiteral("ignoreFolderList"), m_settings.ignoreFolderList);
+    m_store.synchronize();
+}
+
+void PreferenceWindow::support() {
+    openUrl(supportUrl());
+}
+
+void PreferenceWindow::tabViewDidSelectTabViewItem(int index) {
+    // Platforms may settle the frame after showing it without a move event: take it as it is now.
+    if (isVisible())
+        windowDidMove();
+    const QSize target = index == 0 ? firstTabSize : otherTabSize;
+    if (height() == target.height())
+        return;
+    const qint64 step = index == 0 ? -1 : 1;
+    setFrame(target, Xposition + step * 61, Yposition + step * 387);
+}
+
+int PreferenceWindow::primaryScreenBottom() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? screen->geometry().y() + screen->geometry().height() : 0;
+}
+
+void PreferenceWindow::setFrame(QSize size, qint64 x, qint64 y) {
+    // Placed through the client geometry, which every platform reads the same way.
+    const QPoint inset = geometry().topLeft() - frameGeometry().topLeft();
+    const int decoration = frameGeometry().height() - height();
+    const qint64 top = primaryScreenBottom() - y - (size.height() + decoration);
+    setFixedSize(size);
+    setGeometry(QRect(QPoint(static_cast<int>(x), static_cast<int>(top)) + inset, size));
+    windowDidMove();
+}
+
+void PreferenceWindow::windowDidMove() {
+    const QRect frame = frameGeometry();
+    Xposition = frame.x();
+    Yposition = primaryScreenBottom() - (frame.y() + frame.height());
+}
+
+void PreferenceWindow::moveEvent(QMoveEvent* event) {
+    QWidget::moveEvent(event);
+    windowDidMove();
+}
+
+void PreferenceWindow::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    windowDidMove();
+}
