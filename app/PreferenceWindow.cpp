@@ -65,13 +65,13 @@ PreferenceWindow::PreferenceWindow(ScanSettings& settings, SettingsStore& store,
     setWindowIcon(AppIcons::applicationIcon());
 
     tabView = new QTabWidget(this);
-    tabView->setDocumentMode(true);
+    tabView->setStyleSheet(QStringLiteral("QTabWidget::tab-bar { alignment: center; }"));
     FirstTab = makeSettingsTab();
     SecondTab = makeAboutTab();
     tabView->addTab(FirstTab, tr("General"));
     tabView->addTab(SecondTab, tr("About"));
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 6, 0, 0);
+    layout->setContentsMargins(8, 10, 8, 8);
     layout->addWidget(tabView);
     connect(tabView, &QTabWidget::currentChanged, this, &PreferenceWindow::tabViewDidSelectTabViewItem);
 
@@ -137,7 +137,7 @@ QWidget* PreferenceWindow::makeSettingsTab() {
     layout->addWidget(heading(tr("Ignore these file types")));
     tokenView = new TokenField;
     tokenView->setTokenizingCharacter(tokenSeparator);
-    tokenView->setFixedHeight(112);
+    tokenView->setFixedHeight(150);
     tokenView->input()->setPlaceholderText(tr("Add a type"));
     layout->addWidget(tokenView);
     layout->addWidget(hint(tr("Extensions without the dot; press Return after each one.")));
@@ -197,7 +197,7 @@ QWidget* PreferenceWindow::makeSettingsTab() {
 QWidget* PreferenceWindow::makeAboutTab() {
     auto* tab = new QWidget;
     auto* layout = new QVBoxLayout(tab);
-    layout->setContentsMargins(16, 12, 16, 14);
+    layout->setContentsMargins(16, 18, 16, 14);
     layout->setSpacing(4);
 
     logoApp = new QLabel;

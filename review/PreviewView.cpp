@@ -177,6 +177,7 @@ void PreviewView::setPath(const QByteArray& path) {
     m_image = QImage();
     m_imagePane->setImage(m_image);
     m_textPane->clear();
+    m_summary.clear();
     m_path = path;
     if (path.isEmpty() || path == "/") {
         m_mode = Mode::Empty;
@@ -187,6 +188,8 @@ void PreviewView::setPath(const QByteArray& path) {
     FileSystem::ItemInfo info;
     const bool regular = FileSystem::stat(path, info) && info.kind == FileSystem::Kind::Regular;
     const QMimeType type = AppIcons::mimeTypeForPath(path);
+    if (regular)
+        m_summary = StatusTexts::convertNumberToString(info.allocated);
     if (regular) {
         if (type.name() == QLatin1String("application/pdf") && showPdf())
             return;
@@ -218,6 +221,8 @@ bool PreviewView::showImage() {
         return false;
     m_image = image;
     m_imagePane->setImage(m_image);
+    const QSize pixels = size.isValid() ? size : image.size();
+    m_summary = tr("%1 \u00D7 %2 pixels, %3").arg(pixels.width()).arg(pixels.height()).arg(m_summary);
     m_mode = Mode::Image;
     m_pages->setCurrentWidget(m_imagePane);
     return true;
@@ -234,6 +239,8 @@ bool PreviewView::showText() {
     // The decoder holds back a character cut at the limit instead of showing it broken.
     QStringDecoder decoder(QStringDecoder::Utf8);
     m_textPane->setPlainText(decoder.decode(bytes));
+    if (file.size() > textLimit)
+        m_summary = tr("%1, first %2 shown").arg(m_summary, StatusTexts::convertNumberToString(textLimit));
     m_mode = Mode::Text;
     m_pages->setCurrentWidget(m_textPane);
     return true;
@@ -252,6 +259,8 @@ bool PreviewView::showPdf() {
         return false;
     }
     m_pdfView->pageNavigator()->jump(0, QPointF(), 0);
+    const int pages = m_pdf->pageCount();
+    m_summary = pages == 1 ? tr("1 page, %1").arg(m_summary) : tr("%1 pages, %2").arg(pages).arg(m_summary);
     m_mode = Mode::Pdf;
     m_pages->setCurrentWidget(m_pdfView);
     return true;

@@ -38,6 +38,9 @@ public:
     QString text() const;
     QPdfDocument* document() const { return m_pdf; }
     QString detailsText() const;
+    // One line about what is shown: the picture's size in pixels, the number of pages, or the kind;
+    // with the size on disk.
+    QString summary() const { return m_summary; }
 
 private:
     class ImagePane;
@@ -51,6 +54,7 @@ private:
     QByteArray m_path;
     Mode m_mode = Mode::Empty;
     QImage m_image;
+    QString m_summary;
     int m_generation = 0; // bumped on each setPath, so late folder sizes are dropped
 
     QStackedWidget* m_pages;

@@ -4,6 +4,7 @@
 #include <QWidget>
 
 class PreviewView;
+class QLabel;
 
 // A separate window with a large preview of one file, toggled by the Quick Look command: a call
 // while it is hidden shows it with the given file, the next call closes it. While it is open it can
@@ -25,4 +26,6 @@ public:
 
 private:
     PreviewView* m_view;
+    QLabel* m_name;
+    QLabel* m_summary;
 };

@@ -83,6 +83,7 @@ private slots:
         switch (mode) {
         case PreviewView::Mode::Image:
             QCOMPARE(view.image().size(), QSize(30, 20));
+            QVERIFY(view.summary().startsWith(QStringLiteral("30 \u00D7 20 pixels, ")));
             break;
         case PreviewView::Mode::Text:
             QCOMPARE(view.text(), QString::fromUtf8(content));
@@ -90,6 +91,7 @@ private slots:
         case PreviewView::Mode::Pdf:
             QCOMPARE(view.document()->status(), QPdfDocument::Status::Ready);
             QCOMPARE(view.document()->pageCount(), 2);
+            QVERIFY(view.summary().startsWith(QStringLiteral("2 pages, ")));
             break;
         default: {
             FileSystem::ItemInfo info;
