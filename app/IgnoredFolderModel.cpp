@@ -41,7 +41,9 @@ QVariant IgnoredFolderModel::data(const QModelIndex& index, int role) const {
     case Qt::ToolTipRole:
         return m_folders.at(index.row());
     case Qt::DecorationRole:
-        return AppIcons::folderIcon();
+        if (m_folderIcon.isNull())
+            m_folderIcon = AppIcons::folderIcon();
+        return m_folderIcon;
     default:
         return {};
     }

@@ -2,6 +2,7 @@
 
 #include <QAbstractListModel>
 #include <QByteArray>
+#include <QIcon>
 #include <QStringList>
 
 // The rows of the ignored-folder table: one absolute folder path per row, with the folder icon.
@@ -40,4 +41,5 @@ signals:
 
 private:
     QStringList m_folders;
+    mutable QIcon m_folderIcon; // looked up on first use, after the icon theme is set up
 };

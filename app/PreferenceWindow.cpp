@@ -1,5 +1,6 @@
 #include "app/PreferenceWindow.h"
 
+#include "app/AboutPane.h"
 #include "app/IgnoredFolderModel.h"
 #include "controls/AppIcons.h"
 #include "controls/TokenField.h"
@@ -16,7 +17,6 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QScreen>
 #include <QShortcut>
 #include <QSlider>
@@ -195,39 +195,15 @@ QWidget* PreferenceWindow::makeSettingsTab() {
 }
 
 QWidget* PreferenceWindow::makeAboutTab() {
-    auto* tab = new QWidget;
-    auto* layout = new QVBoxLayout(tab);
-    layout->setContentsMargins(16, 18, 16, 14);
-    layout->setSpacing(4);
-
-    logoApp = new QLabel;
-    logoApp->setPixmap(AppIcons::applicationIcon().pixmap(72, 72));
-    nameApp = new QLabel(QStringLiteral("Twinsift"));
-    QFont nameFont = nameApp->font();
-    nameFont.setPointSizeF(nameFont.pointSizeF() * 1.5);
-    nameFont.setBold(true);
-    nameApp->setFont(nameFont);
-    versionApp = new QLabel(
-        QStringLiteral("Version %1 (%2)").arg(QLatin1String(TWINSIFT_VERSION), QLatin1String(TWINSIFT_BUILD)));
-    CopyrightApp = new QLabel(QStringLiteral("Copyright \u00A9 2025 The Twinsift developers"));
-    CopyrightApp->setForegroundRole(QPalette::PlaceholderText);
-    websiteApp = new QLabel(QStringLiteral("<a href=\"%1\">twinsift.app</a>").arg(websiteUrl().toString()));
-    websiteApp->setTextFormat(Qt::RichText);
-    websiteApp->setOpenExternalLinks(false);
-    websiteApp->setCursor(Qt::PointingHandCursor);
-    connect(websiteApp, &QLabel::linkActivated, this, [this] { openUrl(websiteUrl()); });
-    auto* supportButton = new QPushButton(tr("Support\u2026"));
-    connect(supportButton, &QPushButton::clicked, this, &PreferenceWindow::support);
-
-    for (QLabel* label : { logoApp, nameApp, versionApp, CopyrightApp, websiteApp }) {
-        label->setAlignment(Qt::AlignHCenter);
-        layout->addWidget(label);
-    }
-    layout->insertSpacing(1, 4);
-    layout->addSpacing(10);
-    layout->addWidget(supportButton, 0, Qt::AlignHCenter);
-    layout->addStretch(1);
-    return tab;
+    auto* about = new AboutPane(websiteUrl());
+    logoApp = about->logoApp;
+    nameApp = about->nameApp;
+    versionApp = about->versionApp;
+    CopyrightApp = about->CopyrightApp;
+    websiteApp = about->websiteApp;
+    connect(about, &AboutPane::websiteActivated, this, [this] { openUrl(websiteUrl()); });
+    connect(about, &AboutPane::supportRequested, this, &PreferenceWindow::support);
+    return about;
 }
 
 void PreferenceWindow::windowDidLoad() {
