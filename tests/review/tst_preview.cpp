@@ -80,6 +80,9 @@ private slots:
         view.setPath(path);
         QCOMPARE(view.mode(), mode);
         QCOMPARE(view.path(), path);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QVERIFY(!view.grab().isNull());
         switch (mode) {
         case PreviewView::Mode::Image:
             QCOMPARE(view.image().size(), QSize(30, 20));
