@@ -1,14 +1,55 @@
 #include "app/GuiMain.h"
 
+#include "app/AppDelegate.h"
+#include "app/MainWindow.h"
+#include "app/SingleInstance.h"
+#include "app/WidgetPrompter.h"
+
 #include <QApplication>
-#include <QMainWindow>
+#include <QIcon>
+#include <QStandardPaths>
+
+namespace {
+
+// Without a desktop session the toolkit finds no icon theme; the freedesktop folders are searched
+// for one then (file-type icons of the lists come from it).
+void ensureIconTheme() {
+    if (!QIcon::fromTheme(QStringLiteral("folder")).isNull())
+        return;
+    QStringList paths = QIcon::themeSearchPaths();
+    const QStringList found = QStandardPaths::locateAll(
+        QStandardPaths::GenericDataLocation, QStringLiteral("icons"), QStandardPaths::LocateDirectory);
+    for (const QString& path : found) {
+        if (!paths.contains(path))
+            paths.append(path);
+    }
+    QIcon::setThemeSearchPaths(paths);
+    QIcon::setThemeName(QStringLiteral("Adwaita"));
+}
+
+} // namespace
 
 int runGui(int argc, char* argv[]) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Twinsift"));
-    QMainWindow window;
-    window.setWindowTitle(QStringLiteral("Twinsift"));
-    window.resize(540, 500);
-    window.show();
+    QApplication::setApplicationVersion(QStringLiteral(TWINSIFT_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("twinsift"));
+
+    SingleInstance instance;
+    if (instance.handOverToRunning())
+        return 0;
+    instance.listen();
+    ensureIconTheme();
+
+    WidgetPrompter prompter;
+    AppDelegate appDelegate(prompter);
+    prompter.setWindow(appDelegate.window());
+    QObject::connect(&instance, &SingleInstance::reopenRequested, &appDelegate,
+        [&appDelegate] { appDelegate.applicationShouldHandleReopen(appDelegate.window()->isVisible()); });
+    // The program ends when its window closes.
+    if (AppDelegate::applicationShouldTerminateAfterLastWindowClosed())
+        QObject::connect(
+            appDelegate.window(), &MainWindow::closed, &app, &QCoreApplication::quit, Qt::QueuedConnection);
+    appDelegate.applicationDidFinishLaunching();
     return app.exec();
 }

@@ -59,6 +59,7 @@ void ScanDriver::StartScan(const QList<QByteArray>& targets) {
     Log::line(describeTargets(targets));
     m_state.isScanRunning = true;
     prepareForScannigDirectory();
+    m_observer.folderScanWillStart();
     startThread([this, targets] { scanInBGThread(targets); });
 }
 
@@ -99,6 +100,7 @@ void ScanDriver::AfterScanningDone() {
 void ScanDriver::scanStart() {
     m_state.isScanRunning = true;
     PrepareForScan();
+    m_observer.listScanWillStart();
     startThread([this] { startScanningwithmultithread(); });
 }
 
@@ -118,6 +120,7 @@ void ScanDriver::startScanningwithmultithread() {
     QElapsedTimer timer;
     timer.start();
     m_observer.setFlo(1);
+    m_observer.listScanWillWalk();
     if (!m_state.photoScan) {
         if (m_state.settings.checkSubDir == QLatin1String("n")) {
             // The flat routine runs on a further thread; this one goes on at once.

@@ -249,7 +249,10 @@ void ScanEngine::performScanningSelector(const QList<QByteArray>& targets) {
 
 void ScanEngine::performScanning(const QList<QByteArray>& targets) {
     walkFlat(targets, Flavor::ListScan);
-    m_observer.runScanAddedFolderLater([this] { scanAddedFolder(); });
+    // The hand-off may run after this engine is gone (the flat thread ends at once), so it brings
+    // its own engine over the same state.
+    m_observer.runScanAddedFolderLater(
+        [&state = m_state, &observer = m_observer] { ScanEngine(state, observer).scanAddedFolder(); });
 }
 
 void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& targets) {

@@ -9,6 +9,11 @@ class ScanObserver {
 public:
     virtual ~ScanObserver() = default;
 
+    // Called on the thread that starts a scan, once the state is reset and before the scan thread
+    // starts: the window resets its screens and starts its timers here.
+    virtual void folderScanWillStart() { }
+    virtual void listScanWillStart() { }
+
     // Folder scan: grouping starts (the progress indicator becomes determinate; waits).
     virtual void detectionWillStart() { }
     // Folder scan: grouping is done (the animation stops and "Done Scanning" shows; waits).
@@ -16,6 +21,9 @@ public:
     // Folder scan: the ending, run on the interface's thread while the scan thread waits.
     virtual void afterScanningDone() { }
 
+    // List scan: the walk is about to begin (the animation text once, the popover's bar hidden;
+    // waits).
+    virtual void listScanWillWalk() { }
     // List scan: the status popover's progress runs (1) or measures grouping (0).
     virtual void setFlo(int) { }
     // List scan: grouping is done (the popover's bar hides, the figures refresh; does not wait).

@@ -1,0 +1,294 @@
+#include "app/AppDelegate.h"
+
+#include "app/AppMenus.h"
+#include "app/DesktopNotifier.h"
+#include "app/MainToolbar.h"
+#include "app/MainWindow.h"
+#include "app/mainView.h"
+#include "app/progressView.h"
+#include "controls/StripedProgressBar.h"
+#include "engine/Log.h"
+#include "engine/ScanDriver.h"
+#include "review/StatusTexts.h"
+#include "review/resultView.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QPushButton>
+#include <QShortcut>
+#include <QThread>
+
+namespace {
+
+AppDelegate* s_instance = nullptr;
+
+constexpr int kRefreshIntervalMs = 10;
+constexpr int kAnimationIntervalMs = 500;
+
+} // namespace
+
+AppDelegate::AppDelegate(Prompter& prompter, QObject* parent)
+    : QObject(parent)
+    , m_prompter(prompter)
+    , m_driver(std::make_unique<ScanDriver>(m_state, *this))
+    , m_notifier(std::make_unique<DesktopNotifier>())
+    , m_window(std::make_unique<MainWindow>()) {
+    s_instance = this;
+    m_driver->loadSettings = [this](ScanSettings& settings) { getAppSetting(settings, m_settingsStore); };
+    m_refreshStatusTimer.setInterval(kRefreshIntervalMs);
+    connect(&m_refreshStatusTimer, &QTimer::timeout, this, &AppDelegate::setProgressData);
+    m_scanTimer.setInterval(kAnimationIntervalMs);
+    connect(&m_scanTimer, &QTimer::timeout, this, &AppDelegate::setScanningAnimated);
+    applicationWillFinishLaunching();
+}
+
+AppDelegate::~AppDelegate() {
+    // A scan cannot be stopped, and its thread may be waiting for this one: serve it until it ends.
+    while (!m_driver->waitForScanThread(10))
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    m_window.reset();
+    if (s_instance == this)
+        s_instance = nullptr;
+}
+
+AppDelegate* AppDelegate::instance() {
+    return s_instance;
+}
+
+MainToolbar* AppDelegate::toolbar() const {
+    return m_window->toolbar();
+}
+
+QWidget* AppDelegate::containtView() const {
+    return m_window->containtView();
+}
+
+QPushButton* AppDelegate::backButton() const {
+    return toolbar()->backButton();
+}
+
+QPushButton* AppDelegate::nextButton() const {
+    return toolbar()->nextButton();
+}
+
+void AppDelegate::onInterfaceThread(std::function<void()> work, bool wait) {
+    if (QThread::currentThread() == thread()) {
+        work();
+        return;
+    }
+    QMetaObject::invokeMethod(this, std::move(work), wait ? Qt::BlockingQueuedConnection : Qt::QueuedConnection);
+}
+
+// Start-up
+
+void AppDelegate::applicationWillFinishLaunching() {
+    m_mainViewObj = new mainView(*this);
+    m_progressViewObj = new progressView;
+    m_resultViewObj = new resultView;
+    m_window->addScreen(m_mainViewObj);
+    m_window->addScreen(m_progressViewObj);
+    m_window->addScreen(m_resultViewObj);
+    AppMenus::build(*m_window, *this);
+
+    connect(backButton(), &QPushButton::clicked, this, &AppDelegate::backButtonAction_toolbar);
+    connect(nextButton(), &QPushButton::clicked, this, &AppDelegate::nextButtonAction_toolbar);
+    // "Start Scan" answers Return in state 1.
+    for (const auto key : { Qt::Key_Return, Qt::Key_Enter }) {
+        auto* shortcut = new QShortcut(QKeySequence(key), m_window.get());
+        connect(shortcut, &QShortcut::activated, this, [this] {
+            if (m_typetoolbar == 1 && nextButton()->isEnabled())
+                nextButtonAction_toolbar();
+        });
+    }
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    connect(this, &AppDelegate::toolBarText, this, &AppDelegate::setMainToolBarText, Qt::UniqueConnection);
+    resetResultScreenForNewScan();
+    m_typewindow = 0;
+    m_typetoolbar = 0;
+    makeWindowFor(0);
+    makeToolbarItem(0);
+    getAppSetting(m_state.settings, m_settingsStore);
+    m_window->show();
+}
+
+bool AppDelegate::applicationShouldHandleReopen(bool) {
+    if (m_window->isMinimized())
+        m_window->showNormal();
+    m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
+    return true;
+}
+
+// Window flow
+
+void AppDelegate::makeWindowFor(int screen) {
+    QWidget* const screens[] = { m_mainViewObj, m_progressViewObj, m_resultViewObj };
+    m_typewindow = screen;
+    if (screen < 0 || screen > 2) {
+        Log::line(QStringLiteral("Not Found"));
+        return;
+    }
+    m_isMainScreen = screen == 0;
+    m_window->showScreen(screens[screen], screen);
+    validateMenus();
+}
+
+void AppDelegate::makeToolbarItem(int state) {
+    m_typetoolbar = state;
+    if (!toolbar()->applyState(state))
+        Log::line(QStringLiteral("Not Found"));
+    emit toolBarText();
+    validateMenus();
+}
+
+void AppDelegate::setMainToolBarText() {
+    const int state = m_typetoolbar;
+    if (state < 0 || state > 6) {
+        Log::line(QStringLiteral("Not Found"));
+        setScanningAnimated();
+        return;
+    }
+    toolbar()->setBusyIndicatorShown(StatusTexts::toolBarBusyIndicatorShown(state));
+    if (state == 2 || state == 4) {
+        // No text of its own: the scan's status line shows (cleared until the animation's first
+        // step when a scan is about to start).
+        if (state == 2 && !m_state.isScanRunning)
+            toolbar()->setToolbarText(QString());
+        setScanningAnimated();
+        return;
+    }
+    toolbar()->setToolbarText(StatusTexts::mainToolBarText(
+        state, m_state.totalDuplicateCount, m_state.wastedSpaceDuplicates, selectedDuplicateCount()));
+}
+
+void AppDelegate::backButtonAction_toolbar() {
+    if (m_typetoolbar != 3 && m_typetoolbar != 5 && m_typetoolbar != 6)
+        return;
+    m_mainViewObj->emptyFolderList();
+    m_progressViewObj->resetFigures();
+    makeWindowFor(0);
+    makeToolbarItem(0);
+}
+
+void AppDelegate::nextButtonAction_toolbar() {
+    switch (m_typetoolbar) {
+    case 1: {
+        if (m_state.isScanRunning) {
+            Log::line(QStringLiteral("scan running"));
+            return;
+        }
+        const QList<QByteArray> folders = m_mainViewObj->folderList();
+        makeWindowFor(1);
+        makeToolbarItem(2);
+        StartScan(folders);
+        return;
+    }
+    case 2:
+        makeWindowFor(1);
+        makeToolbarItem(2);
+        return;
+    case 4:
+        m_resultViewObj->searchALL()->setFixedWidth(100);
+        showResultList();
+        makeWindowFor(2);
+        makeToolbarItem(5);
+        return;
+    case 6:
+        // The removal review opens here once it exists.
+        Log::line(QStringLiteral("removeSelectedFiles"));
+        return;
+    default:
+        Log::line(QStringLiteral("error"));
+        return;
+    }
+}
+
+// Hooks of the result screen
+
+void AppDelegate::resetResultScreenForNewScan() {
+    m_ReloadRow = 0;
+    m_ReloadRowMain = 0;
+    m_resultViewObj->searchALL()->clear();
+}
+
+void AppDelegate::showResultList() {
+    m_resultViewObj->setSummary(
+        QStringLiteral("%1 groups of duplicates").arg(QLocale().toString(m_state.duplicateMainArray.size())));
+}
+
+qsizetype AppDelegate::selectedDuplicateCount() const {
+    return 0;
+}
+
+// Menus
+
+MenuRules::State AppDelegate::menuState() const {
+    MenuRules::State state;
+    state.isMainScreen = m_isMainScreen;
+    state.resetNewScanEnabled = m_older.ResetNewScanBTN.enabled;
+    state.addEnabled = m_older.Add.enabled;
+    // No list scan starts while any scan runs: both would write the same tables.
+    state.scanEnabled = m_older.scan.enabled && !m_state.isScanRunning;
+    state.iPhotoEnabled = m_older.iPhoto.enabled;
+    state.removeEnabled = m_older.Remove.enabled;
+    state.searchEnabled = m_resultViewObj->searchALL()->isEnabled();
+    state.selRowRightClick = m_selRowRightClick;
+    return state;
+}
+
+bool AppDelegate::validateMenuItem(int tag, bool isSetAsOriginal) const {
+    return MenuRules::validateMenuItem(tag, menuState(), isSetAsOriginal);
+}
+
+void AppDelegate::validateMenus() {
+    const MenuRules::State state = menuState();
+    const QList<QAction*> actions = m_window->findChildren<QAction*>();
+    for (QAction* action : actions) {
+        const QVariant tag = action->property("tag");
+        if (tag.isValid())
+            action->setEnabled(MenuRules::validateMenuItem(tag.toInt(), state));
+    }
+    if (QAction* fullScreen = AppMenus::fullScreenItem(*m_window))
+        fullScreen->setEnabled(m_window->isFullScreenAllowed());
+}
+
+void AppDelegate::Findfile() {
+    if (!validateMenuItem(MenuRules::Find))
+        return;
+    m_resultViewObj->searchALL()->setFocus(Qt::ShortcutFocusReason);
+    m_resultViewObj->searchALL()->selectAll();
+}
+
+void AppDelegate::AddFolder_Menubar() {
+    if (validateMenuItem(MenuRules::AddFolder))
+        m_mainViewObj->openPanelForAddFolder(MenuRules::AddFolder);
+}
+
+void AppDelegate::Scan_Menubar() {
+    if (!validateMenuItem(MenuRules::Scan))
+        return;
+    m_state.photoScan = false;
+    scanStart();
+}
+
+void AppDelegate::NewScan_Menubar() {
+    if (validateMenuItem(MenuRules::NewScan))
+        NewScanBack();
+}
+
+void AppDelegate::minimizeToogle() {
+    if (m_window->isMinimized())
+        m_window->showNormal();
+    else
+        m_window->showMinimized();
+}
+
+void AppDelegate::showPreferences() {
+    Log::line(QStringLiteral("showPreferences"));
+}

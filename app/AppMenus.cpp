@@ -1,0 +1,80 @@
+#include "app/AppMenus.h"
+
+#include "app/AppDelegate.h"
+#include "app/MainWindow.h"
+#include "app/MenuRules.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMainWindow>
+#include <QMenuBar>
+
+namespace AppMenus {
+
+namespace {
+
+const char* const kTag = "tag";
+const QString kFullScreen = QStringLiteral("fullScreenItem");
+
+} // namespace
+
+QAction* addItem(QMenu* menu, const QString& title, int tag, const QKeySequence& shortcut) {
+    QAction* action = menu->addAction(title);
+    action->setProperty(kTag, tag);
+    if (!shortcut.isEmpty())
+        action->setShortcut(shortcut);
+    return action;
+}
+
+void build(QMainWindow& window, AppDelegate& appDelegate) {
+    using namespace MenuRules;
+    QMenuBar* bar = window.menuBar();
+
+    QMenu* file = bar->addMenu(QStringLiteral("&File"));
+    QObject::connect(addItem(file, QStringLiteral("Add Folder…"), AddFolder, QKeySequence(Qt::CTRL | Qt::Key_O)),
+        &QAction::triggered, &appDelegate, &AppDelegate::AddFolder_Menubar);
+    QObject::connect(
+        addItem(file, QStringLiteral("Scan"), Scan), &QAction::triggered, &appDelegate, &AppDelegate::Scan_Menubar);
+    file->addSeparator();
+    QObject::connect(addItem(file, QStringLiteral("New Scan"), NewScan), &QAction::triggered, &appDelegate,
+        &AppDelegate::NewScan_Menubar);
+    file->addSeparator();
+    QObject::connect(addItem(file, QStringLiteral("Quit"), Quit, QKeySequence(Qt::CTRL | Qt::Key_Q)),
+        &QAction::triggered, &window, &QMainWindow::close);
+
+    QMenu* edit = bar->addMenu(QStringLiteral("&Edit"));
+    QObject::connect(addItem(edit, QStringLiteral("Find"), Find, QKeySequence(Qt::CTRL | Qt::Key_F)),
+        &QAction::triggered, &appDelegate, &AppDelegate::Findfile);
+    edit->addSeparator();
+    QAction* preferences
+        = addItem(edit, QStringLiteral("Preferences…"), Preferences, QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    preferences->setMenuRole(QAction::PreferencesRole);
+    QObject::connect(preferences, &QAction::triggered, &appDelegate, &AppDelegate::showPreferences);
+
+    QMenu* windowMenu = bar->addMenu(QStringLiteral("&Window"));
+    QObject::connect(addItem(windowMenu, QStringLiteral("Minimize"), Minimize, QKeySequence(Qt::CTRL | Qt::Key_M)),
+        &QAction::triggered, &appDelegate, &AppDelegate::minimizeToogle);
+    QAction* fullScreen = windowMenu->addAction(QStringLiteral("Full Screen"));
+    fullScreen->setObjectName(kFullScreen);
+    fullScreen->setShortcut(QKeySequence::FullScreen);
+    if (auto* main = qobject_cast<MainWindow*>(&window))
+        QObject::connect(fullScreen, &QAction::triggered, main, &MainWindow::toggleFullScreen);
+
+    for (QMenu* menu : { file, edit, windowMenu })
+        QObject::connect(menu, &QMenu::aboutToShow, &appDelegate, &AppDelegate::validateMenus);
+}
+
+QAction* itemWithTag(QMainWindow& window, int tag) {
+    const QList<QAction*> actions = window.menuBar()->findChildren<QAction*>();
+    for (QAction* action : actions) {
+        if (action->property(kTag).isValid() && action->property(kTag).toInt() == tag)
+            return action;
+    }
+    return nullptr;
+}
+
+QAction* fullScreenItem(QMainWindow& window) {
+    return window.menuBar()->findChild<QAction*>(kFullScreen);
+}
+
+} // namespace AppMenus

@@ -1,0 +1,73 @@
+#include "app/WidgetPrompter.h"
+
+#include "app/PanelDialog.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QMessageBox>
+#include <QPushButton>
+
+WidgetPrompter::WidgetPrompter(QWidget* window)
+    : m_window(window) { }
+
+Prompter::AlertAnswer WidgetPrompter::runAlert(Alert& alert) {
+    QMessageBox box(m_window);
+    box.setWindowModality(Qt::WindowModal);
+    box.setIcon(QMessageBox::Warning);
+    box.setText(alert.messageText);
+    box.setInformativeText(alert.informativeText);
+
+    const QStringList titles = alert.buttons.isEmpty() ? QStringList { QStringLiteral("OK") } : alert.buttons;
+    QList<QAbstractButton*> buttons;
+    for (qsizetype i = 0; i < titles.size(); ++i) {
+        // The first button is the default (Return); one titled "Cancel" answers Escape.
+        const QMessageBox::ButtonRole role = i == 0 ? QMessageBox::AcceptRole
+            : titles[i] == QLatin1String("Cancel")  ? QMessageBox::RejectRole
+                                                    : QMessageBox::ActionRole;
+        QPushButton* button = box.addButton(titles[i], role);
+        buttons.append(button);
+        if (i == 0)
+            box.setDefaultButton(button);
+        if (titles[i] == QLatin1String("Cancel"))
+            box.setEscapeButton(button);
+    }
+    if (alert.showsSuppressionButton)
+        box.setCheckBox(new QCheckBox(QStringLiteral("Do not show this message again")));
+
+    QComboBox* popUp = nullptr;
+    if (!alert.popUpItems.isEmpty()) {
+        popUp = new QComboBox(&box);
+        popUp->addItems(alert.popUpItems);
+        popUp->setCurrentIndex(alert.popUpIndex);
+        if (auto* grid = qobject_cast<QGridLayout*>(box.layout()))
+            grid->addWidget(popUp, grid->rowCount(), 1, 1, grid->columnCount() - 1);
+        QObject::connect(popUp, &QComboBox::currentIndexChanged, &box, [&alert, &box](int index) {
+            alert.popUpIndex = index;
+            if (alert.popUpChanged) {
+                alert.popUpChanged(alert);
+                box.setText(alert.messageText);
+                box.setInformativeText(alert.informativeText);
+            }
+        });
+    }
+
+    box.exec();
+    AlertAnswer answer;
+    const qsizetype clicked = buttons.indexOf(box.clickedButton());
+    // Closing the box without a button counts as its last button (Cancel when there is one).
+    answer.response = FirstButton + static_cast<int>(clicked >= 0 ? clicked : buttons.size() - 1);
+    answer.suppressed = box.checkBox() && box.checkBox()->isChecked();
+    answer.popUpIndex = popUp ? popUp->currentIndex() : alert.popUpIndex;
+    return answer;
+}
+
+Prompter::PanelAnswer WidgetPrompter::runOpenPanel(const OpenPanel& panel) {
+    PanelDialog dialog(panel, m_window);
+    PanelAnswer answer;
+    if (dialog.exec() != QDialog::Accepted)
+        return answer;
+    answer.response = OK;
+    answer.urls = dialog.chosenPaths();
+    return answer;
+}
