@@ -215,9 +215,11 @@ void AppDelegate::resetResultScreenForNewScan() {
     m_ReloadRow = 0;
     m_ReloadRowMain = 0;
     m_resultViewObj->searchALL()->clear();
+    m_resultViewObj->searchALL()->setEnabled(false);
 }
 
 void AppDelegate::showResultList() {
+    m_resultViewObj->searchALL()->setEnabled(true);
     m_resultViewObj->setSummary(
         QStringLiteral("%1 groups of duplicates").arg(QLocale().toString(m_state.duplicateMainArray.size())));
 }

@@ -1,0 +1,70 @@
+#include "app/SingleInstance.h"
+#include "controls/OverlayScroller.h"
+#include "controls/StripedProgressBar.h"
+
+#include <QListWidget>
+#include <QScrollBar>
+#include <QtTest>
+
+class TestOverlayControls : public QObject {
+    Q_OBJECT
+
+private slots:
+    void theBarClampsAndAnimatesOnlyWhenShown() {
+        StripedProgressBar bar;
+        bar.setValue(1.7);
+        QCOMPARE(bar.value(), 1.0);
+        bar.setValue(-0.2);
+        QCOMPARE(bar.value(), 0.0);
+        bar.startAnimation();
+        QVERIFY(!bar.isAnimating()); // hidden: no timer runs
+        bar.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&bar));
+        QVERIFY(bar.isAnimating());
+        bar.hide();
+        QVERIFY(!bar.isAnimating());
+        bar.show();
+        QVERIFY(bar.isAnimating()); // the wish to animate survives hiding
+        bar.stopAnimation();
+        QVERIFY(!bar.isAnimating());
+    }
+
+    void theScrollerShowsWhileScrollingAndDrags() {
+        QListWidget list;
+        for (int i = 0; i < 200; ++i)
+            list.addItem(QStringLiteral("row %1").arg(i));
+        list.resize(200, 150);
+        auto* scroller = new OverlayScroller(&list);
+        list.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&list));
+        QCOMPARE(list.verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOff);
+        QVERIFY(!scroller->isShowing());
+        QCOMPARE(scroller->geometry().right(), list.viewport()->geometry().right());
+
+        list.verticalScrollBar()->setValue(10);
+        QVERIFY(scroller->isShowing());
+        QTRY_VERIFY_WITH_TIMEOUT(!scroller->isShowing(), OverlayScroller::kHideDelayMs + 2000);
+
+        // Dragging the thumb to the bottom scrolls to the end.
+        list.verticalScrollBar()->setValue(0);
+        const QRect thumb = scroller->thumbRect();
+        QTest::mousePress(scroller, Qt::LeftButton, Qt::NoModifier, thumb.center());
+        QTest::mouseMove(scroller, QPoint(thumb.center().x(), scroller->height() + 50));
+        QTest::mouseRelease(scroller, Qt::LeftButton, Qt::NoModifier, QPoint(thumb.center().x(), scroller->height()));
+        QCOMPARE(list.verticalScrollBar()->value(), list.verticalScrollBar()->maximum());
+    }
+
+    void aSecondStartHandsOver() {
+        const QString name = QStringLiteral("twinsift-test-%1").arg(QCoreApplication::applicationPid());
+        SingleInstance first(name);
+        QVERIFY(!first.handOverToRunning()); // nobody runs yet
+        QVERIFY(first.listen());
+        QSignalSpy reopen(&first, &SingleInstance::reopenRequested);
+        SingleInstance second(name);
+        QVERIFY(second.handOverToRunning());
+        QTRY_COMPARE(reopen.size(), 1);
+    }
+};
+
+QTEST_MAIN(TestOverlayControls)
+#include "tst_overlaycontrols.moc"
