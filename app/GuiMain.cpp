@@ -9,10 +9,6 @@
 #include <QIcon>
 #include <QStandardPaths>
 
-namespace {
-
-// Without a desktop session the toolkit finds no icon theme; the freedesktop folders are searched
-// for one then (file-type icons of the lists come from it).
 void ensureIconTheme() {
     if (!QIcon::fromTheme(QStringLiteral("folder")).isNull())
         return;
@@ -26,8 +22,6 @@ void ensureIconTheme() {
     QIcon::setThemeSearchPaths(paths);
     QIcon::setThemeName(QStringLiteral("Adwaita"));
 }
-
-} // namespace
 
 int runGui(int argc, char* argv[]) {
     QApplication app(argc, argv);

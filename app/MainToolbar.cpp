@@ -17,6 +17,17 @@ constexpr int kSideWidth = 132;
 const QSize kImageSize(124, 32);
 const char* const kImageProperty = "imageName";
 
+// A button with a title is drawn like the image buttons: a rounded pill, blue while it can be pressed.
+const QString kTitleStyle = QStringLiteral(
+    "QPushButton { color: white; font-weight: bold; border: 1px solid #1c5fa8; border-radius: 15px;"
+    " padding: 0 18px; background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #4a9be6, stop:1 #2371c9); }"
+    "QPushButton:pressed { background: #1f64b3; }"
+    "QPushButton:disabled { color: #f3f6f9; border-color: #b9c3ce;"
+    " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #d3dbe4, stop:1 #c3cdd8); }");
+const QString kImageStyle = QStringLiteral(
+    "QPushButton { border: none; background: transparent; padding: 0; }"
+    "QPushButton:pressed { background: rgba(0, 0, 0, 25); border-radius: 16px; }");
+
 QString html(const QString& text) {
     return text.toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br>"));
 }
@@ -86,18 +97,20 @@ void MainToolbar::setButton(
     button->setEnabled(enable);
     button->setProperty(kImageProperty, image);
     if (!image.isEmpty()) {
+        button->setStyleSheet(kImageStyle);
         button->setIcon(QIcon(QStringLiteral(":/images/") + image + QStringLiteral(".svg")));
         button->setIconSize(kImageSize);
         button->setText(QString());
         button->setToolTip(text);
         button->setFixedSize(kImageSize + QSize(4, 4));
     } else {
+        button->setStyleSheet(bordered ? kTitleStyle : kImageStyle);
         button->setIcon(QIcon());
         button->setText(text);
         button->setToolTip(QString());
         button->setMinimumSize(0, 0);
         button->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
-        button->setFixedHeight(30);
+        button->setFixedHeight(32);
     }
 }
 

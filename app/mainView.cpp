@@ -26,6 +26,11 @@ namespace {
 
 const QString kSaveUserDirectory = QStringLiteral("SaveUserDirectory");
 const QString kUriList = QStringLiteral("text/uri-list");
+const QString kButtonStyle = QStringLiteral(
+    "QPushButton { color: #1d2126; border: 1px solid #b4bac2; border-radius: 6px; padding: 5px 14px;"
+    " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #ffffff, stop:1 #eceef1); }"
+    "QPushButton:pressed { background: #dfe3e8; }"
+    "QPushButton:disabled { color: #9aa1aa; }");
 // Panels and drops hand their folders over a moment after they close.
 constexpr int kHandOverDelayMs = 100;
 
@@ -80,6 +85,8 @@ mainView::mainView(AppDelegate& appDel, QWidget* parent)
     hintLayout->setContentsMargins(40, 0, 40, 0);
     hintLayout->addWidget(m_hint);
 
+    m_addButton->setStyleSheet(kButtonStyle);
+    m_homeButton->setStyleSheet(kButtonStyle);
     m_addButton->setProperty("tag", kAddButtonTag);
     m_homeButton->setProperty("tag", kHomeButtonTag);
     m_homeButton->setToolTip(QStringLiteral("Scan everything in your home folder"));
