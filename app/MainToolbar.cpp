@@ -24,9 +24,9 @@ const QString kTitleStyle = QStringLiteral(
     "QPushButton:pressed { background: #1f64b3; }"
     "QPushButton:disabled { color: #f3f6f9; border-color: #b9c3ce;"
     " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #d3dbe4, stop:1 #c3cdd8); }");
-const QString kImageStyle = QStringLiteral(
-    "QPushButton { border: none; background: transparent; padding: 0; }"
-    "QPushButton:pressed { background: rgba(0, 0, 0, 25); border-radius: 16px; }");
+const QString kImageStyle
+    = QStringLiteral("QPushButton { border: none; background: transparent; padding: 0; }"
+                     "QPushButton:pressed { background: rgba(0, 0, 0, 25); border-radius: 16px; }");
 
 QString html(const QString& text) {
     return text.toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br>"));

@@ -26,11 +26,11 @@ namespace {
 
 const QString kSaveUserDirectory = QStringLiteral("SaveUserDirectory");
 const QString kUriList = QStringLiteral("text/uri-list");
-const QString kButtonStyle = QStringLiteral(
-    "QPushButton { color: #1d2126; border: 1px solid #b4bac2; border-radius: 6px; padding: 5px 14px;"
-    " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #ffffff, stop:1 #eceef1); }"
-    "QPushButton:pressed { background: #dfe3e8; }"
-    "QPushButton:disabled { color: #9aa1aa; }");
+const QString kButtonStyle
+    = QStringLiteral("QPushButton { color: #1d2126; border: 1px solid #b4bac2; border-radius: 6px; padding: 5px 14px;"
+                     " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #ffffff, stop:1 #eceef1); }"
+                     "QPushButton:pressed { background: #dfe3e8; }"
+                     "QPushButton:disabled { color: #9aa1aa; }");
 // Panels and drops hand their folders over a moment after they close.
 constexpr int kHandOverDelayMs = 100;
 
@@ -160,6 +160,7 @@ void mainView::openPanelForAddFolder(int tag) {
     panel.canCreateDirectories = true;
     panel.prompt = QStringLiteral("Add");
     panel.message = QStringLiteral("Add folders for scannig");
+    panel.directory = homeFolder();
     const Prompter::PanelAnswer answer = m_appDel.prompter().runOpenPanel(panel);
     if (answer.response != Prompter::OK)
         return;

@@ -17,8 +17,7 @@
 
 namespace {
 
-bool waitUntil(const std::function<bool()>& done, int timeoutMs)
-{
+bool waitUntil(const std::function<bool()>& done, int timeoutMs) {
     QElapsedTimer clock;
     clock.start();
     while (!done()) {
@@ -30,20 +29,17 @@ bool waitUntil(const std::function<bool()>& done, int timeoutMs)
     return true;
 }
 
-void pause(int ms)
-{
+void pause(int ms) {
     waitUntil([] { return false; }, ms);
 }
 
-void shoot(AppDelegate& app, const QString& file)
-{
+void shoot(AppDelegate& app, const QString& file) {
     pause(400); // past the fade-in and the resize
     app.window()->grab().save(file);
     std::printf("%s\n", qPrintable(file));
 }
 
-void writeFile(const QByteArray& path, qint64 size, char fill)
-{
+void writeFile(const QByteArray& path, qint64 size, char fill) {
     QDir().mkpath(QFileInfo(QString::fromUtf8(path)).path());
     QFile file(QString::fromUtf8(path));
     file.open(QIODevice::WriteOnly);
@@ -52,8 +48,7 @@ void writeFile(const QByteArray& path, qint64 size, char fill)
 
 } // namespace
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     if (argc < 2) {
@@ -69,9 +64,11 @@ int main(int argc, char* argv[])
     const QByteArray demo = QFile::encodeName(QDir::tempPath()) + "/twinsift-demo";
     QDir(QString::fromUtf8(demo)).removeRecursively();
     for (int i = 0; i < 12; ++i)
-        writeFile(demo + "/Pictures/Holiday/IMG_" + QByteArray::number(4100 + i) + ".jpg", 900000 + i * 37000, char('a' + i));
+        writeFile(
+            demo + "/Pictures/Holiday/IMG_" + QByteArray::number(4100 + i) + ".jpg", 900000 + i * 37000, char('a' + i));
     for (int i = 0; i < 5; ++i)
-        writeFile(demo + "/Pictures/Imported/IMG_" + QByteArray::number(4100 + i) + ".jpg", 900000 + i * 37000, char('a' + i));
+        writeFile(demo + "/Pictures/Imported/IMG_" + QByteArray::number(4100 + i) + ".jpg", 900000 + i * 37000,
+            char('a' + i));
     writeFile(demo + "/Documents/Report 2023.pdf", 2400000, 'r');
     writeFile(demo + "/Documents/Old/Report 2023 copy.pdf", 2400000, 'r');
     writeFile(demo + "/Documents/Notes.txt", 180000, 'n');

@@ -1,0 +1,132 @@
+#include "app/PanelDialog.h"
+#include "app/WidgetPrompter.h"
+#include "support/TempTree.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QtTest>
+
+namespace {
+
+// Runs `act` on the modal dialog of type T once it is up.
+template <typename T> void whenShown(std::function<void(T*)> act) {
+    QTimer::singleShot(0, qApp, [act] {
+        QTRY_VERIFY(qobject_cast<T*>(QApplication::activeModalWidget()));
+        act(qobject_cast<T*>(QApplication::activeModalWidget()));
+    });
+}
+
+QPushButton* buttonTitled(QMessageBox* box, const QString& title) {
+    for (QAbstractButton* button : box->buttons()) {
+        if (button->text() == title)
+            return qobject_cast<QPushButton*>(button);
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class TestPrompter : public QObject {
+    Q_OBJECT
+
+private slots:
+    void alertsAnswerWithTheButtonPosition_data() {
+        QTest::addColumn<QStringList>("buttons");
+        QTest::addColumn<QString>("click");
+        QTest::addColumn<bool>("tick");
+        QTest::addColumn<int>("response");
+        QTest::newRow("no buttons: OK") << QStringList {} << "OK" << false << 1000;
+        QTest::newRow("second of two") << QStringList { "Remove", "Cancel" } << "Cancel" << false << 1001;
+        QTest::newRow("third, box ticked") << QStringList { "A", "B", "C" } << "C" << true << 1002;
+    }
+    void alertsAnswerWithTheButtonPosition() {
+        QFETCH(QStringList, buttons);
+        QFETCH(QString, click);
+        QFETCH(bool, tick);
+        QFETCH(int, response);
+        WidgetPrompter prompter;
+        Prompter::Alert alert;
+        alert.messageText = QStringLiteral("Question");
+        alert.buttons = buttons;
+        alert.showsSuppressionButton = tick;
+        whenShown<QMessageBox>([click, tick](QMessageBox* box) {
+            if (tick)
+                box->checkBox()->setChecked(true);
+            buttonTitled(box, click)->click();
+        });
+        const Prompter::AlertAnswer answer = prompter.runAlert(alert);
+        QCOMPARE(answer.response, response);
+        QCOMPARE(answer.suppressed, tick);
+    }
+
+    void thePopUpRewritesTheAlert() {
+        WidgetPrompter prompter;
+        Prompter::Alert alert;
+        alert.messageText = QStringLiteral("Move to Trash?");
+        alert.popUpItems = QStringList { QStringLiteral("Move to Trash"), QStringLiteral("Permanent Delete") };
+        alert.popUpChanged = [](Prompter::Alert& a) { a.messageText = a.popUpItems[a.popUpIndex] + QLatin1Char('?'); };
+        QString shownText;
+        whenShown<QMessageBox>([&shownText](QMessageBox* box) {
+            box->findChild<QComboBox*>()->setCurrentIndex(1);
+            shownText = box->text();
+            buttonTitled(box, QStringLiteral("OK"))->click();
+        });
+        const Prompter::AlertAnswer answer = prompter.runAlert(alert);
+        QCOMPARE(shownText, QStringLiteral("Permanent Delete?"));
+        QCOMPARE(answer.popUpIndex, 1);
+    }
+
+    void panelsLetThroughOnlyWhatTheirDelegateEnables() {
+        TempTree tree;
+        const QByteArray allowed = tree.folder("allowed");
+        const QByteArray refused = tree.folder("refused");
+        WidgetPrompter prompter;
+        Prompter::OpenPanel panel;
+        panel.canChooseFiles = false;
+        panel.canChooseDirectories = true;
+        panel.directory = tree.root();
+        panel.shouldEnable = [allowed](const QByteArray& path) { return path == allowed; };
+
+        bool stayedOpen = false;
+        whenShown<PanelDialog>([&](PanelDialog* dialog) {
+            dialog->selectFile(QString::fromUtf8(refused));
+            dialog->accept();
+            stayedOpen = dialog->isVisible();
+            dialog->selectFile(QString::fromUtf8(allowed));
+            dialog->accept();
+        });
+        const Prompter::PanelAnswer answer = prompter.runOpenPanel(panel);
+        QVERIFY(stayedOpen);
+        QCOMPARE(answer.response, Prompter::OK);
+        QCOMPARE(answer.urls, QList<QByteArray> { allowed });
+
+        whenShown<PanelDialog>([](PanelDialog* dialog) { dialog->reject(); });
+        QCOMPARE(prompter.runOpenPanel(panel).response, Prompter::Cancel);
+    }
+
+    void severalFoldersAtOnce() {
+        TempTree tree;
+        const QByteArray one = tree.folder("one");
+        const QByteArray two = tree.folder("two");
+        WidgetPrompter prompter;
+        Prompter::OpenPanel panel;
+        panel.canChooseFiles = false;
+        panel.canChooseDirectories = true;
+        panel.allowsMultipleSelection = true;
+        panel.directory = tree.root();
+        whenShown<PanelDialog>([](PanelDialog* dialog) {
+            dialog->selectFile(QStringLiteral("\"one\" \"two\""));
+            dialog->accept();
+        });
+        const Prompter::PanelAnswer answer = prompter.runOpenPanel(panel);
+        QCOMPARE(answer.response, Prompter::OK);
+        QCOMPARE(answer.urls, (QList<QByteArray> { one, two }));
+    }
+};
+
+QTEST_MAIN(TestPrompter)
+#include "tst_prompter.moc"
