@@ -21,8 +21,10 @@ constexpr int kReloadDelayMs = 100;
 FolderListModel::FolderListModel(QObject* parent)
     : QAbstractListModel(parent) { }
 
-// A walk still running finishes on its pool thread; its result is dropped with the watcher.
-FolderListModel::~FolderListModel() = default;
+FolderListModel::~FolderListModel() {
+    // Walks still running end at their next item; their results go with the watchers.
+    m_stop->store(true);
+}
 
 QList<QByteArray> FolderListModel::addFolders(const QList<QByteArray>& paths) {
     if (m_folderList.isEmpty())
@@ -67,8 +69,8 @@ void FolderListModel::startSizeWalk(const QByteArray& path) {
         watcher->deleteLater();
         sizeWalkFinished(path, watcher->result());
     });
-    watcher->setFuture(
-        QtConcurrent::run([path] { return FileSystem::sumUnit(path, FileSystem::SizeKey::Allocated).bytes; }));
+    watcher->setFuture(QtConcurrent::run(
+        [path, stop = m_stop] { return FileSystem::sumUnit(path, FileSystem::SizeKey::Allocated, stop.get()).bytes; }));
 }
 
 void FolderListModel::sizeWalkFinished(const QByteArray& path, qint64 bytes) {

@@ -5,6 +5,8 @@
 #include <QHash>
 #include <QList>
 #include <QString>
+#include <atomic>
+#include <memory>
 
 // The setup screen's folder list: `folderList` (byte paths in the order added) and `tempSizeCount`
 // (path to the text shown as its size). Each new row's size is the sum of the allocated sizes
@@ -48,4 +50,5 @@ private:
     QList<QByteArray> m_folderList;
     QHash<QByteArray, QString> m_tempSizeCount;
     QList<QObject*> m_watchers;
+    std::shared_ptr<std::atomic<bool>> m_stop = std::make_shared<std::atomic<bool>>(false);
 };

@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QStandardPaths>
+#include <cstdlib>
 
 void ensureIconTheme() {
     if (!QIcon::fromTheme(QStringLiteral("folder")).isNull())
@@ -45,5 +46,11 @@ int runGui(int argc, char* argv[]) {
         QObject::connect(
             appDelegate.window(), &MainWindow::closed, &app, &QCoreApplication::quit, Qt::QueuedConnection);
     appDelegate.applicationDidFinishLaunching();
-    return app.exec();
+    const int status = app.exec();
+    // A scan cannot be stopped part-way; quitting does not wait for it.
+    if (appDelegate.state().isScanRunning) {
+        appDelegate.settingsStore().synchronize();
+        std::_Exit(status);
+    }
+    return status;
 }

@@ -2,6 +2,7 @@
 
 #include <QLocalServer>
 #include <QLocalSocket>
+#include <cctype>
 #include <unistd.h>
 
 namespace {
@@ -18,7 +19,15 @@ SingleInstance::SingleInstance(const QString& name, QObject* parent)
 SingleInstance::~SingleInstance() = default;
 
 QString SingleInstance::defaultName() {
-    return QStringLiteral("twinsift-%1").arg(::getuid());
+    // One window per user and display: programs started on other displays (another X server, a
+    // test under Xvfb) run on their own.
+    QByteArray display = qgetenv("WAYLAND_DISPLAY");
+    if (display.isEmpty())
+        display = qgetenv("DISPLAY");
+    QString name = QStringLiteral("twinsift-%1-").arg(::getuid());
+    for (const char c : display)
+        name += QChar::fromLatin1(std::isalnum(static_cast<unsigned char>(c)) ? c : '_');
+    return name;
 }
 
 bool SingleInstance::handOverToRunning() {

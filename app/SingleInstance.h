@@ -4,8 +4,9 @@
 
 class QLocalServer;
 
-// One running window per user: a second start hands over to the first (which brings its window to
-// the front) and ends. The running instance listens on a local socket named after the user.
+// One running window per user and display: a second start hands over to the first (which brings
+// its window to the front) and ends. The running instance listens on a local socket named after
+// the user and the display.
 class SingleInstance : public QObject {
     Q_OBJECT
 

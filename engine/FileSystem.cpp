@@ -155,9 +155,10 @@ void closeAll(std::vector<Frame>& stack) {
 }
 
 // Pre-order walk below `root`, one statx per item, links not followed, a folder that is its own
-// ancestor (a bind-mount loop) not entered. Stops at the first folder that cannot be opened and
-// answers false then.
-template <typename Visit> bool walkBelow(const QByteArray& root, bool wantPaths, Visit visit) {
+// ancestor (a bind-mount loop) not entered. Stops at the first folder that cannot be opened, or
+// when `stop` is set, and answers false then.
+template <typename Visit>
+bool walkBelow(const QByteArray& root, bool wantPaths, Visit visit, const std::atomic<bool>* stop = nullptr) {
     ItemInfo top;
     if (!stat(root, top) || top.kind != Kind::Directory)
         return false;
@@ -172,6 +173,10 @@ template <typename Visit> bool walkBelow(const QByteArray& root, bool wantPaths,
     stack.push_back({ rootDir, top.device, top.inode, wantPaths ? root : QByteArray() });
     QByteArray path;
     while (!stack.empty()) {
+        if (stop && stop->load(std::memory_order_relaxed)) {
+            closeAll(stack);
+            return false;
+        }
         const dirent* entry = ::readdir(stack.back().dir);
         if (!entry) {
             ::closedir(stack.back().dir);
@@ -209,13 +214,16 @@ template <typename Visit> bool walkBelow(const QByteArray& root, bool wantPaths,
 
 } // namespace
 
-UnitSum sumUnit(const QByteArray& path, SizeKey key) {
+UnitSum sumUnit(const QByteArray& path, SizeKey key, const std::atomic<bool>* stop) {
     UnitSum sum;
-    sum.complete = walkBelow(path, false, [&](const QByteArray&, const ItemInfo& info, bool known) {
-        ++sum.items;
-        if (known && info.kind != Kind::Directory)
-            sum.bytes += key == SizeKey::Logical ? info.size : info.allocated;
-    });
+    sum.complete = walkBelow(
+        path, false,
+        [&](const QByteArray&, const ItemInfo& info, bool known) {
+            ++sum.items;
+            if (known && info.kind != Kind::Directory)
+                sum.bytes += key == SizeKey::Logical ? info.size : info.allocated;
+        },
+        stop);
     return sum;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <sys/types.h>
@@ -72,8 +73,8 @@ struct UnitSum {
 
 // Adds up the chosen size of every item below `path` (hidden items and bundle contents included,
 // links not followed). Folders add nothing of their own. The walk stops at the first folder it
-// cannot open, and the sum covers what was seen before.
-UnitSum sumUnit(const QByteArray& path, SizeKey key);
+// cannot open (or when `stop` is set), and the sum covers what was seen before.
+UnitSum sumUnit(const QByteArray& path, SizeKey key, const std::atomic<bool>* stop = nullptr);
 
 // Visits every item below `path` in pre-order with its path (hidden items and bundle contents
 // included, links not followed); stops at the first folder it cannot open and answers false then.

@@ -157,6 +157,15 @@ private slots:
         model->waitForSizes();
     }
 
+    void aSizeWalkStopsWhenTold() {
+        TempTree tree;
+        tree.sizedFile("one/a", 5000);
+        const std::atomic<bool> stop { true };
+        const FileSystem::UnitSum sum = FileSystem::sumUnit(tree.path("one"), FileSystem::SizeKey::Allocated, &stop);
+        QVERIFY(!sum.complete);
+        QCOMPARE(sum.items, 0);
+    }
+
     void theHomeScanAsksOnceAndRemembersTheGrant() {
         TempTree home;
         home.sizedFile("Documents/a.bin", 150000, 'h');
