@@ -17,6 +17,8 @@ constexpr int kMargin = 2;
 OverlayScroller::OverlayScroller(QAbstractScrollArea* area)
     : QWidget(area)
     , m_area(area)
+    , m_areaObject(area)
+    , m_viewportObject(area->viewport())
     , m_bar(area->verticalScrollBar())
     , m_fade(new QPropertyAnimation(this, "opacity", this)) {
     area->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -68,16 +70,14 @@ void OverlayScroller::fadeOut() {
 }
 
 void OverlayScroller::place() {
-    if (!m_area)
-        return;
     const QRect viewport = m_area->viewport()->geometry();
     setGeometry(viewport.right() + 1 - kWidth, viewport.top(), kWidth, viewport.height());
 }
 
 bool OverlayScroller::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == m_area && event->type() == QEvent::Resize)
+    if (event->type() == QEvent::Resize && watched == m_areaObject)
         place();
-    if (watched == m_area->viewport() && event->type() == QEvent::Wheel)
+    else if (event->type() == QEvent::Wheel && watched == m_viewportObject)
         reveal();
     return QWidget::eventFilter(watched, event);
 }

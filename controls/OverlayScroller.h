@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 
@@ -44,7 +43,11 @@ private:
     void place();
     void scrollToThumbTop(int thumbTop);
 
-    QPointer<QAbstractScrollArea> m_area;
+    // The scroller is the area's child and never outlives it. Events are matched against the plain
+    // objects: the filter still sees events while the area is being destroyed.
+    QAbstractScrollArea* m_area;
+    const QObject* m_areaObject;
+    const QObject* m_viewportObject;
     QScrollBar* m_bar;
     QTimer m_hideTimer;
     QPropertyAnimation* m_fade;
