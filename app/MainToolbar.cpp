@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr int kSideWidth = 132;
-const QSize kImageSize(124, 32);
+constexpr int kSideWidth = 140;
+const QSize kImageSize(132, 32);
 const char* const kImageProperty = "imageName";
 
 // A button with a title is drawn like the image buttons: a rounded pill, blue while it can be pressed.
