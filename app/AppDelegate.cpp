@@ -18,7 +18,6 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
-#include <QShortcut>
 #include <QThread>
 
 namespace {
@@ -95,14 +94,6 @@ void AppDelegate::applicationWillFinishLaunching() {
 
     connect(backButton(), &QPushButton::clicked, this, &AppDelegate::backButtonAction_toolbar);
     connect(nextButton(), &QPushButton::clicked, this, &AppDelegate::nextButtonAction_toolbar);
-    // "Start Scan" answers Return in state 1.
-    for (const auto key : { Qt::Key_Return, Qt::Key_Enter }) {
-        auto* shortcut = new QShortcut(QKeySequence(key), m_window.get());
-        connect(shortcut, &QShortcut::activated, this, [this] {
-            if (m_typetoolbar == 1 && nextButton()->isEnabled())
-                nextButtonAction_toolbar();
-        });
-    }
 }
 
 void AppDelegate::applicationDidFinishLaunching() {

@@ -8,6 +8,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QShortcut>
 #include <QVBoxLayout>
 #include <QWindow>
 
@@ -88,6 +89,16 @@ MainToolbar::MainToolbar(QWidget* parent)
     row->addWidget(leftSlot);
     row->addLayout(centre, 1);
     row->addWidget(rightSlot);
+
+    for (const auto key : { Qt::Key_Return, Qt::Key_Enter }) {
+        auto* shortcut = new QShortcut(QKeySequence(key), this);
+        shortcut->setEnabled(false);
+        connect(shortcut, &QShortcut::activated, m_nextButton, [this] {
+            if (m_nextButton->isEnabled())
+                m_nextButton->click();
+        });
+        m_startScanKeys.append(shortcut);
+    }
 }
 
 void MainToolbar::setButton(
@@ -121,6 +132,11 @@ QString MainToolbar::imageName(const QPushButton* button) {
 bool MainToolbar::applyState(int typetoolbar) {
     const QString startScan = QStringLiteral("Start Scan");
     const QString next = QStringLiteral("btn_next_step_enable");
+    if (typetoolbar < 0 || typetoolbar > 6)
+        return false;
+    // Return is only taken while it starts a scan: elsewhere it belongs to the focused control.
+    for (QShortcut* shortcut : std::as_const(m_startScanKeys))
+        shortcut->setEnabled(typetoolbar == 1);
     switch (typetoolbar) {
     case 0:
     case 1:

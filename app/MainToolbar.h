@@ -4,6 +4,7 @@
 
 class QLabel;
 class QPushButton;
+class QShortcut;
 class StripedProgressBar;
 
 // The strip at the top of the main window: the back button on the left, the next button on the
@@ -21,6 +22,7 @@ public:
     StripedProgressBar* progressIndicator() const { return m_progress; }
 
     // Sets the two buttons for toolbar state 0 to 6; false (nothing changed) for any other state.
+    // In state 1 the next button ("Start Scan") answers Return.
     bool applyState(int typetoolbar);
 
     // setButton:hidden:bordered:enable:image:text:frame:. With an image the button shows only the
@@ -50,6 +52,7 @@ protected:
 private:
     QPushButton* m_backButton;
     QPushButton* m_nextButton;
+    QList<QShortcut*> m_startScanKeys;
     QLabel* m_textProgress;
     StripedProgressBar* m_progress;
     QString m_plainText;

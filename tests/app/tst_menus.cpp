@@ -85,6 +85,10 @@ private slots:
         f.app->nextButtonAction_toolbar();
         QTest::keyClick(f.app->window(), Qt::Key_F, Qt::ControlModifier);
         QTRY_VERIFY(f.app->resultViewObj()->searchALL()->hasFocus());
+        // Return belongs to the focused field outside state 1.
+        QSignalSpy returned(f.app->resultViewObj()->searchALL(), &QLineEdit::returnPressed);
+        QTest::keyClick(f.app->resultViewObj()->searchALL(), Qt::Key_Return);
+        QCOMPARE(returned.size(), 1);
     }
 
     void rulesByTag_data() {
