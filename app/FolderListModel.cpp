@@ -1,12 +1,12 @@
 #include "app/FolderListModel.h"
 
+#include "controls/AppIcons.h"
 #include "engine/FileSystem.h"
 #include "engine/Log.h"
 #include "engine/PathBytes.h"
 #include "review/StatusTexts.h"
 
 #include <QFutureWatcher>
-#include <QIcon>
 #include <QTimer>
 #include <QtConcurrent>
 
@@ -101,7 +101,7 @@ QVariant FolderListModel::data(const QModelIndex& index, int role) const {
     case Qt::ToolTipRole:
         return PathBytes::display(path);
     case Qt::DecorationRole:
-        return QIcon::fromTheme(QStringLiteral("folder"), QIcon(QStringLiteral(":/images/folder.svg")));
+        return AppIcons::folderIcon();
     case PathRole:
         return path;
     case NameRole: {

@@ -4,25 +4,10 @@
 #include "app/MainWindow.h"
 #include "app/SingleInstance.h"
 #include "app/WidgetPrompter.h"
+#include "controls/AppIcons.h"
 
 #include <QApplication>
-#include <QIcon>
-#include <QStandardPaths>
 #include <cstdlib>
-
-void ensureIconTheme() {
-    if (!QIcon::fromTheme(QStringLiteral("folder")).isNull())
-        return;
-    QStringList paths = QIcon::themeSearchPaths();
-    const QStringList found = QStandardPaths::locateAll(
-        QStandardPaths::GenericDataLocation, QStringLiteral("icons"), QStandardPaths::LocateDirectory);
-    for (const QString& path : found) {
-        if (!paths.contains(path))
-            paths.append(path);
-    }
-    QIcon::setThemeSearchPaths(paths);
-    QIcon::setThemeName(QStringLiteral("Adwaita"));
-}
 
 int runGui(int argc, char* argv[]) {
     QApplication app(argc, argv);
@@ -34,7 +19,7 @@ int runGui(int argc, char* argv[]) {
     if (instance.handOverToRunning())
         return 0;
     instance.listen();
-    ensureIconTheme();
+    AppIcons::setUpTheme();
 
     WidgetPrompter prompter;
     AppDelegate appDelegate(prompter);

@@ -1,6 +1,7 @@
 #include "app/MainWindow.h"
 
 #include "app/MainToolbar.h"
+#include "controls/AppIcons.h"
 
 #include <QCloseEvent>
 #include <QGraphicsOpacityEffect>
@@ -34,6 +35,7 @@ MainWindow::MainWindow(QWidget* parent)
     , m_containtView(new QWidget)
     , m_resize(new QPropertyAnimation(this, "geometry", this)) {
     setWindowTitle(QStringLiteral("Twinsift"));
+    setWindowIcon(AppIcons::applicationIcon());
     m_containtView->setObjectName(QStringLiteral("containtView"));
     auto* screens = new QGridLayout(m_containtView);
     screens->setContentsMargins(0, 0, 0, 0);

@@ -2,9 +2,9 @@
 // Usage: twinsift_screenshots OUTPUT_FOLDER [BIG_FOLDER]
 #include "app/AppDelegate.h"
 #include "app/FolderListModel.h"
-#include "app/GuiMain.h"
 #include "app/MainWindow.h"
 #include "app/mainView.h"
+#include "controls/AppIcons.h"
 #include "support/ScriptedPrompter.h"
 #include "support/TempTree.h"
 
@@ -57,7 +57,7 @@ int main(int argc, char* argv[]) {
     }
     const QString out = QString::fromLocal8Bit(argv[1]);
     const QByteArray big = argc > 2 ? QByteArray(argv[2]) : QByteArray("/usr/share");
-    ensureIconTheme();
+    AppIcons::setUpTheme();
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
 
     TempEnvironment environment;

@@ -1,6 +1,7 @@
 #include "AppFixture.h"
 
 #include "app/MainWindow.h"
+#include "app/SingleInstance.h"
 #include "app/progressView.h"
 #include "controls/StripedProgressBar.h"
 #include "review/StatusTexts.h"
@@ -197,6 +198,22 @@ private slots:
         f.app->makeWindowFor(5);
         QCOMPARE(f.log.count(QStringLiteral("Not Found")), 3);
         QVERIFY(f.app->mainViewObj()->isVisible());
+    }
+
+    void aSecondStartBringsTheWindowForward() {
+        const QString name = QStringLiteral("twinsift-test-%1").arg(QCoreApplication::applicationPid());
+        SingleInstance first(name);
+        QVERIFY(!first.handOverToRunning()); // nobody runs yet
+        QVERIFY(first.listen());
+        AppFixture f;
+        connect(&first, &SingleInstance::reopenRequested, f.app.get(),
+            [&f] { f.app->applicationShouldHandleReopen(true); });
+        f.app->window()->showMinimized();
+        QTRY_VERIFY(f.app->window()->isMinimized());
+        SingleInstance second(name);
+        QVERIFY(second.handOverToRunning());
+        QTRY_VERIFY(!f.app->window()->isMinimized());
+        QVERIFY(f.app->window()->isVisible());
     }
 
     void screensKeepTheCentreAndTheirLimits_data() {

@@ -1,4 +1,3 @@
-#include "app/SingleInstance.h"
 #include "controls/OverlayScroller.h"
 #include "controls/StripedProgressBar.h"
 
@@ -52,17 +51,6 @@ private slots:
         QTest::mouseMove(scroller, QPoint(thumb.center().x(), scroller->height() + 50));
         QTest::mouseRelease(scroller, Qt::LeftButton, Qt::NoModifier, QPoint(thumb.center().x(), scroller->height()));
         QCOMPARE(list.verticalScrollBar()->value(), list.verticalScrollBar()->maximum());
-    }
-
-    void aSecondStartHandsOver() {
-        const QString name = QStringLiteral("twinsift-test-%1").arg(QCoreApplication::applicationPid());
-        SingleInstance first(name);
-        QVERIFY(!first.handOverToRunning()); // nobody runs yet
-        QVERIFY(first.listen());
-        QSignalSpy reopen(&first, &SingleInstance::reopenRequested);
-        SingleInstance second(name);
-        QVERIFY(second.handOverToRunning());
-        QTRY_COMPARE(reopen.size(), 1);
     }
 };
 
