@@ -1,5 +1,7 @@
 #include "app/AppDelegate.h"
 
+#include "app/PreferenceWindow.h"
+
 #include "app/AppMenus.h"
 #include "app/DesktopNotifier.h"
 #include "app/MainToolbar.h"
@@ -48,6 +50,7 @@ AppDelegate::~AppDelegate() {
     // A scan cannot be stopped, and its thread may be waiting for this one: serve it until it ends.
     while (!m_driver->waitForScanThread(10))
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    m_setting.reset(); // a child window of the main window: it goes first
     m_window.reset();
     if (s_instance == this)
         s_instance = nullptr;
@@ -104,6 +107,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     makeWindowFor(0);
     makeToolbarItem(0);
     getAppSetting(m_state.settings, m_settingsStore);
+    if (!m_setting)
+        m_setting = std::make_unique<PreferenceWindow>(m_state.settings, m_settingsStore, m_prompter, m_window.get());
     m_window->show();
 }
 
@@ -283,5 +288,10 @@ void AppDelegate::minimizeToogle() {
 }
 
 void AppDelegate::showPreferences() {
-    Log::line(QStringLiteral("showPreferences"));
+    if (!m_setting)
+        m_setting = std::make_unique<PreferenceWindow>(m_state.settings, m_settingsStore, m_prompter, m_window.get());
+    m_setting->windowDidLoad();
+    m_setting->show();
+    m_setting->raise();
+    m_setting->activateWindow();
 }

@@ -15,6 +15,7 @@
 class DesktopNotifier;
 class MainToolbar;
 class MainWindow;
+class PreferenceWindow;
 class Prompter;
 class QPushButton;
 class ScanDriver;
@@ -104,6 +105,7 @@ public:
 
     // Screens and controls.
     MainWindow* window() const { return m_window.get(); }
+    PreferenceWindow* setting() const { return m_setting.get(); }
     MainToolbar* toolbar() const;
     QWidget* containtView() const;
     mainView* mainViewObj() const { return m_mainViewObj; }
@@ -118,7 +120,7 @@ public slots:
     void Scan_Menubar();
     void NewScan_Menubar();
     void minimizeToogle();
-    // Opens the preferences window once it exists; until then it only logs.
+    // Shows the preferences window, filled from the current settings.
     void showPreferences();
 
 signals:
@@ -151,6 +153,8 @@ private:
     std::unique_ptr<ScanDriver> m_driver;
     std::unique_ptr<DesktopNotifier> m_notifier;
     std::unique_ptr<MainWindow> m_window;
+    // The preferences window `setting`: made at launch, shown on demand.
+    std::unique_ptr<PreferenceWindow> m_setting;
     mainView* m_mainViewObj = nullptr;
     progressView* m_progressViewObj = nullptr;
     resultView* m_resultViewObj = nullptr;

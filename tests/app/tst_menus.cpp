@@ -1,6 +1,7 @@
 #include "AppFixture.h"
 
 #include "app/AppMenus.h"
+#include "app/PreferenceWindow.h"
 #include "app/MenuRules.h"
 #include "review/resultView.h"
 
@@ -80,6 +81,9 @@ private slots:
         QCOMPARE(f.prompter.panelsShown.size(), 1);
         QVERIFY(AppMenus::itemWithTag(*f.app->window(), MenuRules::Preferences)->shortcut()
             == QKeySequence(Qt::CTRL | Qt::Key_Comma));
+        AppMenus::itemWithTag(*f.app->window(), MenuRules::Preferences)->trigger();
+        QVERIFY(f.app->setting()->isVisible());
+        f.app->setting()->close();
         f.app->backButtonAction_toolbar();
         f.app->makeToolbarItem(4);
         f.app->nextButtonAction_toolbar();
