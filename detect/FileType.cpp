@@ -176,21 +176,23 @@ int categoryOfRegularFile(const QByteArray& path) {
     return Other;
 }
 
-QString typeTextOfRegularFile(const QByteArray& path) {
-    switch (classOfPath(path)) {
-    case Class::Image:
+QString typeTextOfCategory(int category) {
+    switch (category) {
+    case Folder:
+        return QStringLiteral("Folder");
+    case Photo:
         return QStringLiteral("Photo");
-    case Class::AudioVisual:
+    case Media:
         return QStringLiteral("Media");
-    case Class::Text:
-    case Class::SourceCode:
-    case Class::Pdf:
+    case Text:
         return QStringLiteral("Text");
-    case Class::Archive:
-    case Class::Other:
-        break;
+    default:
+        return QStringLiteral("Other"); // archives included: the older list has no archive class
     }
-    return QStringLiteral("Other");
+}
+
+QString typeTextOfRegularFile(const QByteArray& path) {
+    return typeTextOfCategory(categoryOfRegularFile(path));
 }
 
 QString mimeNameOfPath(const QByteArray& path) {

@@ -20,7 +20,9 @@ enum Category { AllTypes = 10, Folder = 20, Archive = 30, Text = 40, Photo = 50,
 
 // The category of a regular file: image, then audio-visual, then text/source/PDF, then archive.
 int categoryOfRegularFile(const QByteArray& path);
-// The member text of the older list: "Photo", "Media", "Text" or "Other" (no archive class).
+// The member text of the older list: "Folder", "Photo", "Media", "Text" or "Other" (no archive
+// class) for a category number.
+QString typeTextOfCategory(int category);
 QString typeTextOfRegularFile(const QByteArray& path);
 
 // The MIME type name chosen for an extension (for icons and the preview).

@@ -1,20 +1,11 @@
 #include "detect/GroupDictionary.h"
 
 #include "detect/FileType.h"
-#include "engine/FileSystem.h"
-#include "engine/PathBytes.h"
+#include "detect/duplicates.h"
 
 std::optional<QString> typeTextOfItem(const QByteArray& path) {
-    FileSystem::ItemInfo info;
-    if (!FileSystem::stat(path, info))
+    const std::optional<int> category = categoryOfItem(path);
+    if (!category)
         return std::nullopt;
-    if (info.kind == FileSystem::Kind::Directory) {
-        const QByteArray extension = PathBytes::pathExtension(path);
-        if (PathBytes::isPackageExtension(extension) || extension == "framework")
-            return QStringLiteral("Other");
-        return QStringLiteral("Folder");
-    }
-    if (info.kind == FileSystem::Kind::Regular)
-        return FileType::typeTextOfRegularFile(path);
-    return std::nullopt;
+    return FileType::typeTextOfCategory(*category);
 }

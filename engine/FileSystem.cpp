@@ -132,6 +132,19 @@ bool stat(const QByteArray& path, ItemInfo& out) {
     return statAt(parent.dirFd, parent.leaf.constData(), out);
 }
 
+int writeAll(int fd, const QByteArray& bytes) {
+    qsizetype written = 0;
+    while (written < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.constData() + written, static_cast<size_t>(bytes.size() - written));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return n < 0 ? errno : EIO;
+        written += n;
+    }
+    return 0;
+}
+
 int openPath(const QByteArray& path, int flags) {
     ParentRef parent = parentOf(path);
     if (!parent.ok)

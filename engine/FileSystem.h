@@ -60,6 +60,9 @@ ParentRef parentOf(const QByteArray& path);
 bool statAt(int dirFd, const char* name, ItemInfo& out);
 bool stat(const QByteArray& path, ItemInfo& out);
 
+// Writes all of `bytes`, going on after short writes and interruptions; 0 or the errno value.
+int writeAll(int fd, const QByteArray& bytes);
+
 // open(2) on a byte path of any length; the last component is never followed when it is a link.
 int openPath(const QByteArray& path, int flags);
 

@@ -310,24 +310,26 @@ void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& target
     scanAddedFolder();
 }
 
-void ScanEngine::removeSubFromList(const QList<QByteArray>& folders) {
-    std::vector<FingerprintTable::Entry> entries = m_state.hashDic.takeDistinct();
+namespace {
+
+void removeBelow(FingerprintTable& table, const QList<QByteArray>& folders) {
+    std::vector<FingerprintTable::Entry> entries = table.takeDistinct();
     for (FingerprintTable::Entry& entry : entries) {
         const bool below = std::any_of(folders.cbegin(), folders.cend(),
             [&](const QByteArray& folder) { return prunedBelow(folder, entry.path); });
         if (!below)
-            m_state.hashDic.insert(entry.path, entry.fingerprint);
+            table.insert(entry.path, entry.fingerprint);
     }
 }
 
+} // namespace
+
+void ScanEngine::removeSubFromList(const QList<QByteArray>& folders) {
+    removeBelow(m_state.hashDic, folders);
+}
+
 void ScanEngine::removeSub(const QList<QByteArray>& folders) {
-    std::vector<FingerprintTable::Entry> entries = m_state.AllFileFolderDic.takeDistinct();
-    for (FingerprintTable::Entry& entry : entries) {
-        const bool below = std::any_of(folders.cbegin(), folders.cend(),
-            [&](const QByteArray& folder) { return prunedBelow(folder, entry.path); });
-        if (!below)
-            m_state.AllFileFolderDic.insert(entry.path, entry.fingerprint);
-    }
+    removeBelow(m_state.AllFileFolderDic, folders);
 }
 
 void ScanEngine::identifyDuplicates() {

@@ -65,19 +65,6 @@ int removeContents(int dirFd, dev_t device) {
     return firstError;
 }
 
-int writeAll(int fd, const QByteArray& bytes) {
-    qsizetype written = 0;
-    while (written < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.constData() + written, static_cast<size_t>(bytes.size() - written));
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return n < 0 ? errno : EIO;
-        written += n;
-    }
-    return 0;
-}
-
 // A desktop-entry string value: backslash, line breaks and tabs escaped, a leading space kept.
 QByteArray desktopEntryValue(const QString& text) {
     QByteArray out;
@@ -140,7 +127,7 @@ int writeAliasFile(const QByteArray& aliasPath, const QByteArray& target) {
         ::openat(parent.dirFd, parent.leaf.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644));
     if (!fd.isValid())
         return errno;
-    const int error = writeAll(fd.get(), aliasFileContents(target));
+    const int error = FileSystem::writeAll(fd.get(), aliasFileContents(target));
     if (error)
         ::unlinkat(parent.dirFd, parent.leaf.constData(), 0);
     return error;

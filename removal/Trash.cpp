@@ -61,19 +61,6 @@ int topDirectoryTrash(const QByteArray& topdir, QByteArray& trash) {
     return ensureOwnFolder(trash);
 }
 
-int writeAll(int fd, const QByteArray& bytes) {
-    qsizetype written = 0;
-    while (written < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.constData() + written, static_cast<size_t>(bytes.size() - written));
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return n < 0 ? errno : EIO;
-        written += n;
-    }
-    return 0;
-}
-
 FileSystem::Fd openSubfolder(const QByteArray& trash, const char* name, int& error) {
     const QByteArray path = PathBytes::appendingComponent(trash, name);
     if (::mkdir(path.constData(), 0700) != 0 && errno != EEXIST) {
@@ -165,7 +152,7 @@ Result moveToTrash(const QByteArray& path) {
         }
         struct stat taken;
         const bool clash = ::fstatat(files.get(), candidate.constData(), &taken, AT_SYMLINK_NOFOLLOW) == 0;
-        const int writeError = clash ? 0 : writeAll(fd.get(), contents);
+        const int writeError = clash ? 0 : FileSystem::writeAll(fd.get(), contents);
         if (clash || writeError) {
             ::unlinkat(info.get(), infoName.constData(), 0);
             if (writeError) {
