@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/PreferenceWindow.h"
+#include "removal/DeletingPanel.h"
 
 #include "app/AppMenus.h"
 #include "app/DesktopNotifier.h"
@@ -16,6 +17,7 @@
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QDesktopServices>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -38,6 +40,7 @@ AppDelegate::AppDelegate(Prompter& prompter, QObject* parent)
     , m_notifier(std::make_unique<DesktopNotifier>())
     , m_window(std::make_unique<MainWindow>()) {
     s_instance = this;
+    openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     m_driver->loadSettings = [this](ScanSettings& settings) { getAppSetting(settings, m_settingsStore); };
     m_refreshStatusTimer.setInterval(kRefreshIntervalMs);
     connect(&m_refreshStatusTimer, &QTimer::timeout, this, &AppDelegate::setProgressData);
@@ -50,7 +53,9 @@ AppDelegate::~AppDelegate() {
     // A scan cannot be stopped, and its thread may be waiting for this one: serve it until it ends.
     while (!m_driver->waitForScanThread(10))
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    m_setting.reset(); // a child window of the main window: it goes first
+    // Child windows of the main window go first.
+    m_deleteingWindow.reset();
+    m_setting.reset();
     m_window.reset();
     if (s_instance == this)
         s_instance = nullptr;
@@ -89,12 +94,15 @@ void AppDelegate::onInterfaceThread(std::function<void()> work, bool wait) {
 void AppDelegate::applicationWillFinishLaunching() {
     m_mainViewObj = new mainView(*this);
     m_progressViewObj = new progressView;
-    m_resultViewObj = new resultView;
+    m_resultViewObj = new resultView(m_lists, m_selection);
     m_window->addScreen(m_mainViewObj);
     m_window->addScreen(m_progressViewObj);
     m_window->addScreen(m_resultViewObj);
     AppMenus::build(*m_window, *this);
 
+    // Every change of the selection moves the toolbar between states 5 and 6.
+    connect(
+        m_resultViewObj, &resultView::selectionChanged, this, [this] { makeToolbarItem(m_selection.toolbarState()); });
     connect(backButton(), &QPushButton::clicked, this, &AppDelegate::backButtonAction_toolbar);
     connect(nextButton(), &QPushButton::clicked, this, &AppDelegate::nextButtonAction_toolbar);
 }
@@ -196,32 +204,12 @@ void AppDelegate::nextButtonAction_toolbar() {
         makeToolbarItem(5);
         return;
     case 6:
-        // The removal review opens here once it exists.
-        Log::line(QStringLiteral("removeSelectedFiles"));
+        removeSelectedFiles();
         return;
     default:
         Log::line(QStringLiteral("error"));
         return;
     }
-}
-
-// Hooks of the result screen
-
-void AppDelegate::resetResultScreenForNewScan() {
-    m_ReloadRow = 0;
-    m_ReloadRowMain = 0;
-    m_resultViewObj->searchALL()->clear();
-    m_resultViewObj->searchALL()->setEnabled(false);
-}
-
-void AppDelegate::showResultList() {
-    m_resultViewObj->searchALL()->setEnabled(true);
-    m_resultViewObj->setSummary(
-        QStringLiteral("%1 groups of duplicates").arg(QLocale().toString(m_state.duplicateMainArray.size())));
-}
-
-qsizetype AppDelegate::selectedDuplicateCount() const {
-    return 0;
 }
 
 // Menus

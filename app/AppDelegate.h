@@ -6,12 +6,17 @@
 #include "engine/ScanObserver.h"
 #include "engine/ScanState.h"
 #include "engine/SettingsStore.h"
+#include "removal/RemovalReview.h"
+#include "review/ResultLists.h"
+#include "review/Selection.h"
 
 #include <QObject>
 #include <QTimer>
+#include <QUrl>
 #include <functional>
 #include <memory>
 
+class DeletingPanel;
 class DesktopNotifier;
 class MainToolbar;
 class MainWindow;
@@ -83,12 +88,31 @@ public:
     // the user goes on from state 4.
     void resetResultScreenForNewScan();
     void showResultList();
+    // The number of chosen files (the toolbar text of state 6).
     qsizetype selectedDuplicateCount() const;
+
+    // The removal review: made on first use and kept, reloaded on later openings, shown as a sheet
+    // over the main window. removeSelectedFiles is the next button in state 6.
+    void DeleteSelecteditem();
+    void removeSelectedFiles();
+    // Ends the review sheet with -1000 (after the completion panel closed).
+    void closeDeleteWindow();
+    // The list scan again, a second after the main view is shown.
+    void rescan();
+    // Opens web pages: the rating prompt's and the completion panel's. The desktop's URL handler by
+    // default; tests put their own here before the review is first opened.
+    std::function<bool(const QUrl&)> openUrl;
 
     // State.
     ScanState& state() { return m_state; }
     const ScanState& state() const { return m_state; }
     ScanDriver& driver() { return *m_driver; }
+    Selection& selection() { return m_selection; }
+    ResultLists& resultLists() { return m_lists; }
+    // The older list's selection, read by the review's first confirmation texts and the completion
+    // panel.
+    QList<FileDictionary>& SelectedFileFolderArray() { return m_SelectedFileFolderArray; }
+    DeletingPanel* deleteingWindow() const { return m_deleteingWindow.get(); }
     SettingsStore& settingsStore() { return m_settingsStore; }
     Prompter& prompter() { return m_prompter; }
     DesktopNotifier& notifier() { return *m_notifier; }
@@ -122,6 +146,10 @@ public slots:
     void minimizeToogle();
     // Shows the preferences window, filled from the current settings.
     void showPreferences();
+    // The menu's way to the removal review (the rule of tag 22 decides).
+    void ShowSelected();
+    // A small rating prompt: asks whether the user enjoys the program; yes opens its web page.
+    void rateAppApptentive();
 
 signals:
     // Posted at the end of every makeToolbarItem.
@@ -145,16 +173,24 @@ private:
     // it when `wait` is set.
     void onInterfaceThread(std::function<void()> work, bool wait);
     MenuRules::State menuState() const;
+    // Where the review sheet returns to when it has ended.
+    void returnFromReview(const RemovalReview::CloseDecision& decision);
     void buildMenus();
 
     Prompter& m_prompter;
     SettingsStore m_settingsStore;
     ScanState m_state;
+    Selection m_selection;
+    ResultLists m_lists { m_state, m_selection };
+    // Until the older list's selection is kept here, it stays empty.
+    QList<FileDictionary> m_SelectedFileFolderArray;
     std::unique_ptr<ScanDriver> m_driver;
     std::unique_ptr<DesktopNotifier> m_notifier;
     std::unique_ptr<MainWindow> m_window;
     // The preferences window `setting`: made at launch, shown on demand.
     std::unique_ptr<PreferenceWindow> m_setting;
+    // The removal review `deleteingWindow`: made on first use, a sheet of the main window.
+    std::unique_ptr<DeletingPanel> m_deleteingWindow;
     mainView* m_mainViewObj = nullptr;
     progressView* m_progressViewObj = nullptr;
     resultView* m_resultViewObj = nullptr;

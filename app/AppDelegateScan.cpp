@@ -9,6 +9,7 @@
 #include "controls/StripedProgressBar.h"
 #include "engine/Log.h"
 #include "engine/ScanDriver.h"
+#include "removal/DeletingPanel.h"
 #include "review/ByteCountFormatter.h"
 #include "review/StatusTexts.h"
 #include "review/resultView.h"
@@ -239,4 +240,6 @@ void AppDelegate::NewScanBack() {
     m_resultViewObj->searchALL()->clear();
     setViewsFor(QStringLiteral("Main"));
     SetToolBarBTNFor(QStringLiteral("main"));
+    if (m_deleteingWindow)
+        m_deleteingWindow->closewindow();
 }

@@ -45,6 +45,8 @@ void build(QMainWindow& window, AppDelegate& appDelegate) {
     QMenu* edit = bar->addMenu(QStringLiteral("&Edit"));
     QObject::connect(addItem(edit, QStringLiteral("Find"), Find, QKeySequence(Qt::CTRL | Qt::Key_F)),
         &QAction::triggered, &appDelegate, &AppDelegate::Findfile);
+    QObject::connect(addItem(edit, QStringLiteral("Review Selected…"), ShowSelected), &QAction::triggered, &appDelegate,
+        &AppDelegate::ShowSelected);
     edit->addSeparator();
     QAction* preferences
         = addItem(edit, QStringLiteral("Preferences…"), Preferences, QKeySequence(Qt::CTRL | Qt::Key_Comma));
@@ -60,7 +62,11 @@ void build(QMainWindow& window, AppDelegate& appDelegate) {
     if (auto* main = qobject_cast<MainWindow*>(&window))
         QObject::connect(fullScreen, &QAction::triggered, main, &MainWindow::toggleFullScreen);
 
-    for (QMenu* menu : { file, edit, windowMenu })
+    QMenu* help = bar->addMenu(QStringLiteral("&Help"));
+    QObject::connect(help->addAction(QStringLiteral("Rate Twinsift…")), &QAction::triggered, &appDelegate,
+        &AppDelegate::rateAppApptentive);
+
+    for (QMenu* menu : { file, edit, windowMenu, help })
         QObject::connect(menu, &QMenu::aboutToShow, &appDelegate, &AppDelegate::validateMenus);
 }
 

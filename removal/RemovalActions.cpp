@@ -4,6 +4,7 @@
 #include "engine/Log.h"
 #include "engine/PathBytes.h"
 #include "removal/FileOperations.h"
+#include "removal/RemovalRun.h"
 #include "removal/Trash.h"
 
 #include <algorithm>
@@ -20,15 +21,6 @@ QString shown(const QByteArray& path) {
 // An error that does not name its file on its own carries the path, as a file error would.
 QString errorWithPath(int error, const QByteArray& path) {
     return QStringLiteral("%1 (%2)").arg(FileOperations::errorText(error), shown(path));
-}
-
-Outcome outcomeFor(
-    const DuplicateFilePtr& file, const QList<DuplicateGroupPtr>& groups, const QList<DuplicateFilePtr>& chosen) {
-    Outcome outcome;
-    outcome.file = file;
-    if (const DuplicateGroupPtr group = groupOf(groups, file))
-        outcome.keptCopy = keptCopyOf(group, chosen);
-    return outcome;
 }
 
 // Why a replacement would certainly leave nothing in the file's place, checked before the file is
@@ -51,67 +43,63 @@ int replacementBlocked(const QByteArray& path, const QByteArray& keptCopy, bool 
 
 enum class Replacement { Alias, Symlink, Hardlink };
 
-QList<Outcome> replace(Replacement kind, const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
-    QList<Outcome> outcomes;
-    for (const DuplicateFilePtr& file : files) {
-        Outcome outcome = outcomeFor(file, groups, files);
-        const QByteArray& u = file->urlFile();
+Outcome replaceOne(Replacement kind, const DuplicateFilePtr& file, const QByteArray& keptCopy) {
+    Outcome outcome;
+    outcome.file = file;
+    outcome.keptCopy = keptCopy;
+    const QByteArray& u = file->urlFile();
 
-        // Every copy of the group was chosen: the kept one stays, the others will point at it.
-        if (u == outcome.keptCopy) {
-            Log::line(QStringLiteral("file %1 not removed").arg(shown(u)));
-            outcome.error = QStringLiteral("kept copy");
-            outcomes.append(outcome);
-            continue;
-        }
-        // A link that cannot be made must not cost the file: with no kept copy to point at, or a
-        // hard link that cannot reach it, the duplicate stays where it is.
-        if (const int blocked = replacementBlocked(u, outcome.keptCopy, kind == Replacement::Hardlink)) {
-            if (kind == Replacement::Alias)
-                Log::line(QStringLiteral("::: %1").arg(errorWithPath(blocked, u + ".Alise")));
-            else
-                Log::line(QStringLiteral("erroring for file alising %1 with error %2")
-                              .arg(shown(u), FileOperations::errorText(blocked)));
-            outcome.error
-                = outcome.keptCopy.isEmpty() ? QStringLiteral("no kept copy") : FileOperations::errorText(blocked);
-            outcomes.append(outcome);
-            continue;
-        }
-
-        // The duplicate goes first; a failed removal does not stop the attempt to link.
-        const int removeError = FileOperations::removeItem(u);
-        if (removeError) {
-            if (kind == Replacement::Hardlink)
-                Log::line(QStringLiteral("error removing"));
-            else
-                Log::line(QStringLiteral("error removing %1").arg(errorWithPath(removeError, u)));
-        }
-
-        int linkError = 0;
-        if (kind == Replacement::Alias) {
-            const QByteArray aliasPath = u + ".Alise";
-            linkError = FileOperations::writeAliasFile(aliasPath, outcome.keptCopy);
-            if (linkError)
-                Log::line(QStringLiteral("::: %1").arg(errorWithPath(linkError, aliasPath)));
-        } else {
-            if (kind == Replacement::Symlink)
-                linkError = FileOperations::makeSymbolicLink(u, outcome.keptCopy);
-            else
-                linkError = FileOperations::makeHardLink(u, outcome.keptCopy);
-            if (linkError) {
-                Log::line(QStringLiteral("erroring for file alising %1 with error %2")
-                              .arg(shown(u), FileOperations::errorText(linkError)));
-            }
-        }
-
-        outcome.done = !removeError && !linkError;
-        if (removeError)
-            outcome.error = FileOperations::errorText(removeError);
-        else if (linkError)
-            outcome.error = FileOperations::errorText(linkError);
-        outcomes.append(outcome);
+    // Every copy of the group was chosen: the kept one stays, the others will point at it.
+    if (u == outcome.keptCopy) {
+        Log::line(QStringLiteral("file %1 not removed").arg(shown(u)));
+        outcome.error = QStringLiteral("kept copy");
+        return outcome;
     }
-    return outcomes;
+    // A link that cannot be made must not cost the file: with no kept copy to point at, or a
+    // hard link that cannot reach it, the duplicate stays where it is.
+    if (const int blocked = replacementBlocked(u, outcome.keptCopy, kind == Replacement::Hardlink)) {
+        if (kind == Replacement::Alias)
+            Log::line(QStringLiteral("::: %1").arg(errorWithPath(blocked, u + ".Alise")));
+        else
+            Log::line(QStringLiteral("erroring for file alising %1 with error %2")
+                          .arg(shown(u), FileOperations::errorText(blocked)));
+        outcome.error
+            = outcome.keptCopy.isEmpty() ? QStringLiteral("no kept copy") : FileOperations::errorText(blocked);
+        return outcome;
+    }
+
+    // The duplicate goes first; a failed removal does not stop the attempt to link.
+    const int removeError = FileOperations::removeItem(u);
+    if (removeError) {
+        if (kind == Replacement::Hardlink)
+            Log::line(QStringLiteral("error removing"));
+        else
+            Log::line(QStringLiteral("error removing %1").arg(errorWithPath(removeError, u)));
+    }
+
+    int linkError = 0;
+    if (kind == Replacement::Alias) {
+        const QByteArray aliasPath = u + ".Alise";
+        linkError = FileOperations::writeAliasFile(aliasPath, outcome.keptCopy);
+        if (linkError)
+            Log::line(QStringLiteral("::: %1").arg(errorWithPath(linkError, aliasPath)));
+    } else {
+        if (kind == Replacement::Symlink)
+            linkError = FileOperations::makeSymbolicLink(u, outcome.keptCopy);
+        else
+            linkError = FileOperations::makeHardLink(u, outcome.keptCopy);
+        if (linkError) {
+            Log::line(QStringLiteral("erroring for file alising %1 with error %2")
+                          .arg(shown(u), FileOperations::errorText(linkError)));
+        }
+    }
+
+    outcome.done = !removeError && !linkError;
+    if (removeError)
+        outcome.error = FileOperations::errorText(removeError);
+    else if (linkError)
+        outcome.error = FileOperations::errorText(linkError);
+    return outcome;
 }
 
 } // namespace
@@ -135,16 +123,20 @@ Action actionForTitle(const QString& text) {
 }
 
 QByteArray keptCopyOf(const DuplicateGroupPtr& group, const QList<DuplicateFilePtr>& chosen) {
-    const QList<DuplicateFilePtr>& members = group->listAll();
-    const bool originalChosen = std::any_of(chosen.cbegin(), chosen.cend(),
-        [&](const DuplicateFilePtr& file) { return members.contains(file) && file->urlFile() == group->original(); });
+    return keptCopyOf(*group, [&chosen](const DuplicateFilePtr& file) { return chosen.contains(file); });
+}
+
+QByteArray keptCopyOf(const duplicates& group, const std::function<bool(const DuplicateFilePtr&)>& isChosen) {
+    const QList<DuplicateFilePtr>& members = group.listAll();
+    const bool originalChosen = std::any_of(members.cbegin(), members.cend(),
+        [&](const DuplicateFilePtr& file) { return file->urlFile() == group.original() && isChosen(file); });
     if (!originalChosen)
-        return group->original();
+        return group.original();
     for (const DuplicateFilePtr& member : members) {
-        if (!chosen.contains(member))
+        if (!isChosen(member))
             return member->urlFile();
     }
-    return group->original();
+    return group.original();
 }
 
 DuplicateGroupPtr groupOf(const QList<DuplicateGroupPtr>& duplicateMainArray, const DuplicateFilePtr& file) {
@@ -155,62 +147,57 @@ DuplicateGroupPtr groupOf(const QList<DuplicateGroupPtr>& duplicateMainArray, co
     return nullptr;
 }
 
-QList<Outcome> movetotrash(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
-    QList<Outcome> outcomes;
-    for (const DuplicateFilePtr& file : files) {
-        Outcome outcome = outcomeFor(file, groups, files);
-        const Trash::Result result = Trash::moveToTrash(file->urlFile());
-        outcome.done = result.ok();
-        if (!result.ok()) {
-            outcome.error = FileOperations::errorText(result.error);
-            Log::line(QStringLiteral("file %1 not removed").arg(shown(file->urlFile())));
-        }
-        outcomes.append(outcome);
-    }
-    return outcomes;
-}
-
-QList<Outcome> PermanentDelete(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
-    QList<Outcome> outcomes;
-    for (const DuplicateFilePtr& file : files) {
-        Outcome outcome = outcomeFor(file, groups, files);
-        const int error = FileOperations::removeItem(file->urlFile());
+Outcome runOne(Action action, const DuplicateFilePtr& file, const QByteArray& keptCopy) {
+    switch (action) {
+    case Action::MoveToTrash:
+    case Action::PermanentDelete: {
+        Outcome outcome;
+        outcome.file = file;
+        outcome.keptCopy = keptCopy;
+        const int error = action == Action::MoveToTrash ? Trash::moveToTrash(file->urlFile()).error
+                                                        : FileOperations::removeItem(file->urlFile());
         outcome.done = error == 0;
         if (error) {
             outcome.error = FileOperations::errorText(error);
             Log::line(QStringLiteral("file %1 not removed").arg(shown(file->urlFile())));
         }
-        outcomes.append(outcome);
+        return outcome;
     }
-    return outcomes;
-}
-
-QList<Outcome> makeAlias(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
-    return replace(Replacement::Alias, files, groups);
-}
-
-QList<Outcome> makeSymLink(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
-    return replace(Replacement::Symlink, files, groups);
-}
-
-QList<Outcome> makeHardLink(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
-    return replace(Replacement::Hardlink, files, groups);
-}
-
-QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
-    switch (action) {
-    case Action::MoveToTrash:
-        return movetotrash(files, groups);
-    case Action::PermanentDelete:
-        return PermanentDelete(files, groups);
     case Action::ReplaceWithAlias:
-        return makeAlias(files, groups);
+        return replaceOne(Replacement::Alias, file, keptCopy);
     case Action::ReplaceWithSymlink:
-        return makeSymLink(files, groups);
+        return replaceOne(Replacement::Symlink, file, keptCopy);
     case Action::ReplaceWithHardlink:
         break;
     }
-    return makeHardLink(files, groups);
+    return replaceOne(Replacement::Hardlink, file, keptCopy);
+}
+
+QList<Outcome> movetotrash(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
+    return run(Action::MoveToTrash, files, groups);
+}
+
+QList<Outcome> PermanentDelete(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
+    return run(Action::PermanentDelete, files, groups);
+}
+
+QList<Outcome> makeAlias(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
+    return run(Action::ReplaceWithAlias, files, groups);
+}
+
+QList<Outcome> makeSymLink(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
+    return run(Action::ReplaceWithSymlink, files, groups);
+}
+
+QList<Outcome> makeHardLink(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
+    return run(Action::ReplaceWithHardlink, files, groups);
+}
+
+QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
+    RemovalRun removal(action, files, groups);
+    while (!removal.atEnd())
+        removal.step();
+    return removal.outcomes();
 }
 
 } // namespace RemovalActions

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <optional>
 
 // The five removal actions. Each walks the chosen files in order, one at a time, and goes on after
@@ -36,6 +37,7 @@ struct Outcome {
 
 // The copy the chosen members of `group` are replaced by links to.
 QByteArray keptCopyOf(const DuplicateGroupPtr& group, const QList<DuplicateFilePtr>& chosen);
+QByteArray keptCopyOf(const duplicates& group, const std::function<bool(const DuplicateFilePtr&)>& isChosen);
 
 // The group holding the very record `file` ("ANY listAll = file"), or none.
 DuplicateGroupPtr groupOf(const QList<DuplicateGroupPtr>& duplicateMainArray, const DuplicateFilePtr& file);
@@ -56,5 +58,9 @@ QList<Outcome> makeSymLink(const QList<DuplicateFilePtr>& files, const QList<Dup
 QList<Outcome> makeHardLink(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups);
 
 QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups);
+
+// The action on one file whose kept copy is already known (empty when no group holds the file);
+// what `run` does for each file in turn (see RemovalRun).
+Outcome runOne(Action action, const DuplicateFilePtr& file, const QByteArray& keptCopy);
 
 } // namespace RemovalActions

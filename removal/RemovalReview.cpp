@@ -5,6 +5,10 @@
 #include "review/ResultLists.h"
 #include "review/Selection.h"
 
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
 namespace {
 
 // Counters never wrap below zero, whatever stale entries the selection held.
@@ -42,6 +46,14 @@ std::optional<RemovalReview::CloseDecision> RemovalReview::removefromlist(qsizet
 }
 
 std::optional<RemovalReview::CloseDecision> RemovalReview::removeSelectedFiles(Prompter& prompter) {
+    const std::optional<RemovalActions::Action> action = askConfirmation(prompter);
+    if (!action)
+        return std::nullopt;
+    runAction(*action);
+    return refreshAndReload();
+}
+
+std::optional<RemovalActions::Action> RemovalReview::askConfirmation(Prompter& prompter) {
     Prompter::Alert alert;
     alert.popUpItems = RemovalActions::actionTitles();
     alert.popUpIndex = 0;
@@ -56,9 +68,7 @@ std::optional<RemovalReview::CloseDecision> RemovalReview::removeSelectedFiles(P
     const Prompter::AlertAnswer answer = prompter.runAlert(alert);
     if (answer.response != Prompter::FirstButton)
         return std::nullopt;
-    const QString chosen = alert.popUpItems.value(answer.popUpIndex);
-    runAction(RemovalActions::actionForTitle(chosen));
-    return refreshAndReload();
+    return RemovalActions::actionForTitle(alert.popUpItems.value(answer.popUpIndex));
 }
 
 void RemovalReview::chageAlertText(Prompter::Alert& alert) const {
@@ -76,14 +86,38 @@ QList<RemovalActions::Outcome> RemovalReview::runAction(RemovalActions::Action a
 
 RemovalReview::CloseDecision RemovalReview::refreshAndReload() {
     const QList<DuplicateFilePtr> listed = m_selection.duplicateSelectedArray;
+    QList<DuplicateGroupPtr>& groups = m_state.duplicateMainArray;
+
+    // Each listed record's group, found once. Instead of taking a changed group out of the list and
+    // appending it again for every file (slow for large lists), the list is rebuilt at the end:
+    // unchanged groups in their order, then the changed ones in the order of their last change;
+    // ended groups are left out. That is the order the remove-and-append steps produce.
+    std::unordered_set<const duplicateFile*> listedRecords;
+    for (const DuplicateFilePtr& file : listed)
+        listedRecords.insert(file.get());
+    std::unordered_map<const duplicateFile*, duplicates*> groupOf;
+    for (const DuplicateGroupPtr& group : groups) {
+        for (const DuplicateFilePtr& member : group->listAll()) {
+            if (listedRecords.count(member.get()))
+                groupOf.emplace(member.get(), group.get());
+        }
+    }
+    std::unordered_set<const duplicates*> ended;
+    std::unordered_map<const duplicates*, qsizetype> lastChange;
+    qsizetype changes = 0;
+
     for (const DuplicateFilePtr& file : listed) {
-        const DuplicateGroupPtr group = RemovalActions::groupOf(m_state.duplicateMainArray, file);
-        if (!group)
+        const auto found = groupOf.find(file.get());
+        if (found == groupOf.end())
             continue;
-        m_state.duplicateMainArray.removeOne(group);
+        duplicates* group = found->second;
+        // A group that ended, or a record listed twice, is found no more.
+        if (ended.count(group) || !group->listAll().contains(file))
+            continue;
         const quint64 size = static_cast<quint64>(group->sizeFile());
         if (group->listAll().size() <= 2) {
             subtract(m_state.wastedSpaceDuplicates, size * static_cast<quint64>(group->listAll().size()));
+            ended.insert(group);
             continue;
         }
         QList<DuplicateFilePtr> rest = group->listAll();
@@ -91,9 +125,27 @@ RemovalReview::CloseDecision RemovalReview::refreshAndReload() {
         group->setListAll(rest);
         if (group->original() == file->urlFile())
             group->setOriginal(rest.first()->urlFile());
-        m_state.duplicateMainArray.append(group);
+        lastChange[group] = changes++;
         subtract(m_state.wastedSpaceDuplicates, size);
     }
+
+    QList<DuplicateGroupPtr> rebuilt;
+    QList<std::pair<qsizetype, DuplicateGroupPtr>> changed;
+    rebuilt.reserve(groups.size());
+    for (const DuplicateGroupPtr& group : std::as_const(groups)) {
+        if (ended.count(group.get()))
+            continue;
+        const auto change = lastChange.find(group.get());
+        if (change == lastChange.end())
+            rebuilt.append(group);
+        else
+            changed.append({ change->second, group });
+    }
+    std::sort(changed.begin(), changed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (const auto& entry : std::as_const(changed))
+        rebuilt.append(entry.second);
+    groups = rebuilt;
+
     subtract(m_state.totalDuplicateCount, static_cast<quint64>(listed.size()));
     m_selection.duplicateSelectedArray.clear();
     return closewindow();

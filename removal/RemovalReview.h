@@ -42,6 +42,8 @@ public:
     // runs the chosen action and refreshAndReload and answers how the sheet closes; on "No" changes
     // nothing and answers none (the sheet stays open).
     std::optional<CloseDecision> removeSelectedFiles(Prompter& prompter);
+    // The confirmation alone: the action chosen on "Yes", none on "No".
+    std::optional<RemovalActions::Action> askConfirmation(Prompter& prompter);
     // The confirmation's pop-up action: rewrites both texts for the chosen item and the number of
     // listed files.
     void chageAlertText(Prompter::Alert& alert) const;

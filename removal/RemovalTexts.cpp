@@ -61,4 +61,16 @@ QStringList shareServices(const QStringList& proposed) {
     return kept;
 }
 
+QUrl shareUrl(const QString& service, const QString& text, const QString& link) {
+    const QByteArray encodedText = QUrl::toPercentEncoding(text);
+    const QByteArray encodedLink = QUrl::toPercentEncoding(link);
+    if (service == QLatin1String("Facebook"))
+        return QUrl::fromEncoded(
+            "https://www.facebook.com/sharer/sharer.php?u=" + encodedLink + "&quote=" + encodedText, QUrl::StrictMode);
+    if (service == QLatin1String("Twitter"))
+        return QUrl::fromEncoded(
+            "https://twitter.com/intent/tweet?text=" + encodedText + "&url=" + encodedLink, QUrl::StrictMode);
+    return {};
+}
+
 } // namespace RemovalTexts

@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 
 // The texts of the removal review and of the completion panel.
 namespace RemovalTexts {
@@ -33,5 +34,9 @@ QString shareText(qsizetype count, const QString& link);
 QString shareLink();
 // Of the share services offered, those titled exactly "Facebook" or "Twitter", in their order.
 QStringList shareServices(const QStringList& proposed);
+// The web share page of "Facebook" or "Twitter" for the text and link, every value percent-encoded
+// (https://www.facebook.com/sharer/sharer.php?u=LINK&quote=TEXT,
+// https://twitter.com/intent/tweet?text=TEXT&url=LINK); an empty URL for any other service.
+QUrl shareUrl(const QString& service, const QString& text, const QString& link);
 
 } // namespace RemovalTexts

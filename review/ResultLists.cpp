@@ -95,6 +95,10 @@ QList<DuplicateGroupPtr>& ResultLists::sortedDuplicateArray(QList<DuplicateGroup
         return groups;
     }
 
+    // Key 4 counts through one set of the chosen records made for the whole sort: going through the
+    // selection once per group would take quadratic time on large results.
+    const std::unordered_set<const duplicateFile*> chosen
+        = typesort == DuplicateSelected ? m_selection.chosenSet() : std::unordered_set<const duplicateFile*>();
     std::function<quint64(const duplicates&)> key;
     if (typesort == WastedSize)
         key = [](const duplicates& g) {
@@ -103,7 +107,7 @@ QList<DuplicateGroupPtr>& ResultLists::sortedDuplicateArray(QList<DuplicateGroup
     else if (typesort == DuplicateCount)
         key = [](const duplicates& g) { return static_cast<quint64>(g.listAll().size()); };
     else
-        key = [this](const duplicates& g) { return static_cast<quint64>(m_selection.countSelected(g)); };
+        key = [&chosen](const duplicates& g) { return static_cast<quint64>(Selection::countIn(g, chosen)); };
 
     // The two-outcome comparator drives the stable sort the way a merge sort applies it: the right
     // element is placed first exactly when the comparator says the left one goes after it.

@@ -3,16 +3,23 @@
 #include "engine/SettingsStore.h"
 #include "review/Prompter.h"
 
-#include <unordered_set>
-
 bool Selection::contains(const DuplicateFilePtr& file) const {
     return duplicateSelectedArray.contains(file);
 }
 
 qsizetype Selection::countSelected(const duplicates& group) const {
+    return countIn(group, chosenSet());
+}
+
+std::unordered_set<const duplicateFile*> Selection::chosenSet() const {
     std::unordered_set<const duplicateFile*> chosen;
+    chosen.reserve(static_cast<size_t>(duplicateSelectedArray.size()));
     for (const DuplicateFilePtr& file : duplicateSelectedArray)
         chosen.insert(file.get());
+    return chosen;
+}
+
+qsizetype Selection::countIn(const duplicates& group, const std::unordered_set<const duplicateFile*>& chosen) {
     std::unordered_set<const duplicateFile*> counted;
     for (const DuplicateFilePtr& file : group.listAll()) {
         if (chosen.count(file.get()))

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QString>
 #include <optional>
+#include <unordered_set>
 
 class Prompter;
 class SettingsStore;
@@ -31,6 +32,10 @@ public:
     int toolbarState() const { return isEmpty() ? 5 : 6; }
     // Distinct files of the group that are chosen (the `countSelected` of the group check box).
     qsizetype countSelected(const duplicates& group) const;
+    // The chosen records as a set, for many look-ups in a row (valid until the selection changes),
+    // and the count of a group's distinct files in such a set.
+    std::unordered_set<const duplicateFile*> chosenSet() const;
+    static qsizetype countIn(const duplicates& group, const std::unordered_set<const duplicateFile*>& chosen);
 
     // Empties the selection; then, when the sender is the pop-up (a title is given), chooses in every
     // displayed group all files but the last ("keep Newest") or all but the first (any other title).

@@ -1,0 +1,246 @@
+#include "removal/DeletingPanel.h"
+
+#include "controls/OverlayScroller.h"
+#include "controls/StripedProgressBar.h"
+#include "engine/ScanState.h"
+#include "removal/RemovalListModel.h"
+#include "removal/RemovalRowDelegate.h"
+#include "removal/RemovalRun.h"
+#include "removal/congoPanel.h"
+#include "review/Selection.h"
+#include "review/StatusTexts.h"
+
+#include <QDesktopServices>
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListView>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace {
+
+const QString kButtonStyle
+    = QStringLiteral("QPushButton { color: #1d2126; border: 1px solid #b4bac2; border-radius: 5px; padding: 0 10px;"
+                     " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #ffffff, stop:1 #eceef1); }"
+                     "QPushButton:pressed { background: #dfe3e8; }"
+                     "QPushButton:disabled { color: #9aa1aa; }"
+                     "QPushButton:default { color: white; border-color: #2a6fb5;"
+                     " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #4a9be6, stop:1 #2f80d0); }"
+                     "QPushButton:default:disabled { color: #eef2f6; border-color: #b9c3ce; background: #c3cdd8; }");
+// The close after the completion panel waits a fifth of a second.
+constexpr int kCloseDelayMs = 200;
+
+} // namespace
+
+DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists& lists,
+    QList<FileDictionary>& SelectedFileFolderArray, Prompter& prompter, QWidget* parent)
+    : QDialog(parent)
+    , openUrl([](const QUrl& url) { return QDesktopServices::openUrl(url); })
+    , m_review(state, selection, lists, SelectedFileFolderArray)
+    , m_selection(selection)
+    , m_state(state)
+    , m_SelectedFileFolderArray(SelectedFileFolderArray)
+    , m_prompter(prompter)
+    , m_model(new RemovalListModel(m_review, this))
+    , m_rowDelegate(new RemovalRowDelegate(this))
+    , m_tableDeletefileList(new QListView)
+    , m_heading(new QLabel(QStringLiteral("Files chosen for removal")))
+    , m_status(new QLabel)
+    , m_progress(new StripedProgressBar)
+    , m_back(new QPushButton(QStringLiteral("Cancel")))
+    , m_tDelete(new QPushButton(QStringLiteral("Remove Selected"))) {
+    setObjectName(QStringLiteral("DeletingPanel"));
+    setWindowTitle(QStringLiteral("Review"));
+    setWindowModality(Qt::WindowModal);
+    setSizeGripEnabled(true);
+    setStyleSheet(QStringLiteral("#DeletingPanel { background: #f4f5f7; }") + kButtonStyle);
+
+    // Sizes of the sheet: at least 700 by 380, at most the screen less 300 by 200.
+    const QScreen* screen = parent && parent->screen() ? parent->screen() : QGuiApplication::primaryScreen();
+    const QSize available = screen ? screen->availableSize() : QSize(0, 0);
+    setMinimumSize(700, 380);
+    setMaximumSize(QSize(available.width() - 300, available.height() - 200).expandedTo(minimumSize()));
+    resize(QSize(550 + 32, 480 + 84).expandedTo(minimumSize()).boundedTo(maximumSize()));
+
+    m_tableDeletefileList->setObjectName(QStringLiteral("tableDeletefileList"));
+    m_tableDeletefileList->setProperty("tag", tableTag);
+    m_tableDeletefileList->setModel(m_model);
+    m_tableDeletefileList->setItemDelegate(m_rowDelegate);
+    m_tableDeletefileList->setUniformItemSizes(true);
+    m_tableDeletefileList->setMouseTracking(true);
+    m_tableDeletefileList->setSelectionMode(QAbstractItemView::NoSelection);
+    m_tableDeletefileList->setFocusPolicy(Qt::NoFocus);
+    m_tableDeletefileList->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_tableDeletefileList->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_tableDeletefileList->setStyleSheet(
+        QStringLiteral("QListView { background: #ffffff; border: 4px solid #e3e6ea; border-radius: 0; }"));
+    new OverlayScroller(m_tableDeletefileList);
+    // Queued: the list may be reloaded only once the view has finished with the click.
+    connect(
+        m_rowDelegate, &RemovalRowDelegate::removeClicked, this, &DeletingPanel::removefromlist, Qt::QueuedConnection);
+
+    QFont headingFont = m_heading->font();
+    headingFont.setBold(true);
+    headingFont.setPixelSize(14);
+    m_heading->setFont(headingFont);
+    m_status->setStyleSheet(QStringLiteral("color: #6b727b;"));
+    m_status->setAlignment(Qt::AlignCenter);
+    m_progress->setFixedHeight(8);
+    m_progress->hide();
+
+    for (QPushButton* button : { m_back, m_tDelete }) {
+        button->setFixedSize(120, 24);
+        button->setAutoDefault(false);
+    }
+    m_tDelete->setObjectName(QStringLiteral("tDelete"));
+    m_back->setObjectName(QStringLiteral("back"));
+    m_tDelete->setDefault(true);
+    connect(m_back, &QPushButton::clicked, this, &DeletingPanel::closewindow);
+    connect(m_tDelete, &QPushButton::clicked, this, &DeletingPanel::removeSelectedFiles);
+
+    auto* middle = new QVBoxLayout;
+    middle->setSpacing(4);
+    middle->addWidget(m_status);
+    middle->addWidget(m_progress);
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(16);
+    buttons->addWidget(m_back, 0, Qt::AlignBottom);
+    buttons->addLayout(middle, 1);
+    buttons->addWidget(m_tDelete, 0, Qt::AlignBottom);
+
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(16, 0, 16, 10);
+    column->setSpacing(0);
+    auto* top = new QHBoxLayout;
+    top->setContentsMargins(0, 0, 0, 0);
+    top->addWidget(m_heading);
+    auto* topArea = new QWidget;
+    topArea->setFixedHeight(42);
+    topArea->setLayout(top);
+    column->addWidget(topArea);
+    column->addWidget(m_tableDeletefileList, 1);
+    column->addSpacing(8);
+    column->addLayout(buttons);
+
+    m_stepTimer.setInterval(0);
+    connect(&m_stepTimer, &QTimer::timeout, this, &DeletingPanel::runSomeFiles);
+    loadAllData();
+}
+
+DeletingPanel::~DeletingPanel() = default;
+
+void DeletingPanel::loadAllData() {
+    m_model->reload();
+    m_tableDeletefileList->scrollToTop();
+    updateStatus();
+}
+
+void DeletingPanel::updateStatus() {
+    if (m_run) {
+        m_status->setText(QStringLiteral("%1 of %2")
+                              .arg(StatusTexts::decimalNumber(static_cast<qint64>(m_run->done())),
+                                  StatusTexts::decimalNumber(static_cast<qint64>(m_run->total()))));
+        m_progress->setValue(m_run->total() ? double(m_run->done()) / double(m_run->total()) : 1.0);
+        return;
+    }
+    const qsizetype rows = m_review.numberOfRows();
+    m_status->setText(rows == 1
+            ? QStringLiteral("1 file")
+            : QStringLiteral("%1 files").arg(StatusTexts::decimalNumber(static_cast<qint64>(rows))));
+    m_tDelete->setEnabled(rows > 0);
+}
+
+void DeletingPanel::removefromlist(int row) {
+    if (m_run)
+        return;
+    const std::optional<RemovalReview::CloseDecision> decision = m_review.removefromlist(row);
+    m_model->reload();
+    updateStatus();
+    if (decision)
+        finish(*decision);
+}
+
+void DeletingPanel::removeSelectedFiles() {
+    if (m_run || m_review.numberOfRows() == 0)
+        return;
+    const std::optional<RemovalActions::Action> action = m_review.askConfirmation(m_prompter);
+    if (!action)
+        return;
+    m_run = std::make_unique<RemovalRun>(*action, m_selection.duplicateSelectedArray, m_state.duplicateMainArray);
+    setRemoving(true);
+    updateStatus();
+    m_stepTimer.start();
+}
+
+void DeletingPanel::runSomeFiles() {
+    QElapsedTimer clock;
+    clock.start();
+    for (int i = 0; i < filesPerStep && !m_run->atEnd() && clock.elapsed() < stepBudgetMs; ++i)
+        m_run->step();
+    updateStatus();
+    if (!m_run->atEnd())
+        return;
+    m_stepTimer.stop();
+    m_review.lastOutcomes = m_run->outcomes();
+    m_run.reset();
+    setRemoving(false);
+    const RemovalReview::CloseDecision decision = m_review.refreshAndReload();
+    m_model->reload();
+    updateStatus();
+    finish(decision);
+}
+
+void DeletingPanel::setRemoving(bool removing) {
+    m_back->setEnabled(!removing);
+    m_tDelete->setEnabled(!removing);
+    m_tableDeletefileList->setEnabled(!removing);
+    m_progress->setVisible(removing);
+    m_progress->setValue(0.0);
+    if (removing)
+        m_progress->startAnimation();
+    else
+        m_progress->stopAnimation();
+    m_heading->setText(removing ? QStringLiteral("Removing…") : QStringLiteral("Files chosen for removal"));
+}
+
+void DeletingPanel::closewindow() {
+    if (m_run)
+        return;
+    finish(m_review.closewindow());
+}
+
+void DeletingPanel::finish(const RemovalReview::CloseDecision& decision) {
+    done(decision.returnCode);
+    emit closed(decision);
+}
+
+void DeletingPanel::reject() {
+    // Escape and the window's close button act as "Cancel"; nothing stops a removal half-way.
+    closewindow();
+}
+
+void DeletingPanel::congoPanelOpen() {
+    if (m_CongoPanelObj)
+        m_CongoPanelObj->deleteLater();
+    m_CongoPanelObj = new congoPanel(m_SelectedFileFolderArray, this);
+    m_CongoPanelObj->openUrl = openUrl;
+    connect(m_CongoPanelObj, &congoPanel::okPressed, this, [this] {
+        closeCongoWindow();
+        emit newScanBackRequested();
+    });
+    connect(m_CongoPanelObj, &congoPanel::rescanPressed, this, [this] {
+        closeCongoWindow();
+        emit rescanRequested();
+    });
+    m_CongoPanelObj->open();
+}
+
+void DeletingPanel::closeCongoWindow() {
+    m_SelectedFileFolderArray.clear();
+    if (m_CongoPanelObj)
+        m_CongoPanelObj->done(returnCode);
+    QTimer::singleShot(kCloseDelayMs, this, [this] { emit closeDeleteWindowRequested(); });
+}

@@ -1,0 +1,34 @@
+#include "removal/RemovalListModel.h"
+
+#include "engine/PathBytes.h"
+#include "removal/RemovalReview.h"
+
+RemovalListModel::RemovalListModel(const RemovalReview& review, QObject* parent)
+    : QAbstractListModel(parent)
+    , m_review(review) { }
+
+int RemovalListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(m_review.numberOfRows());
+}
+
+QVariant RemovalListModel::data(const QModelIndex& index, int role) const {
+    const DuplicateFilePtr file = m_review.fileAtRow(index.row());
+    if (!file)
+        return {};
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::ToolTipRole:
+        return PathBytes::display(file->urlFile());
+    case Qt::DecorationRole:
+        return m_icons.iconForPath(file->urlFile());
+    case PathBytesRole:
+        return file->urlFile();
+    default:
+        return {};
+    }
+}
+
+void RemovalListModel::reload() {
+    beginResetModel();
+    endResetModel();
+}

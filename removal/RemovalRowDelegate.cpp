@@ -1,0 +1,69 @@
+#include "removal/RemovalRowDelegate.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+
+namespace {
+
+constexpr int kIcon = 18;
+constexpr int kButton = 16;
+
+} // namespace
+
+QRect RemovalRowDelegate::removeButtonRect(const QRect& rowRect) {
+    return { rowRect.right() - 8 - kButton + 1, rowRect.top() + 4, kButton, kButton };
+}
+
+QSize RemovalRowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const {
+    return { option.rect.width(), kRowHeight };
+}
+
+void RemovalRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    const QRect row = option.rect;
+    painter->fillRect(row, Qt::white);
+    QPen dashed(QColor(0xd3, 0xd8, 0xde), 1, Qt::DashLine);
+    painter->setPen(dashed);
+    painter->drawLine(QPointF(row.left(), row.bottom() + 0.5), QPointF(row.right(), row.bottom() + 0.5));
+
+    const QIcon icon = index.data(Qt::DecorationRole).value<QIcon>();
+    icon.paint(painter, QRect(row.left() + 8, row.top() + 3, kIcon, kIcon));
+
+    QFont font = option.font;
+    font.setPointSizeF(12 * 72.0 / 96.0);
+    font.setWeight(QFont::Medium);
+    const QFontMetrics metrics(font);
+    const QRect text(row.left() + 30, row.top() + 3, row.width() - 30 - 38, kIcon);
+    painter->setFont(font);
+    painter->setPen(Qt::black);
+    painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter,
+        metrics.elidedText(index.data(Qt::DisplayRole).toString(), Qt::ElideRight, text.width()));
+
+    // A grey disc with a white cross, red under the pointer.
+    const QRect button = removeButtonRect(row);
+    const QWidget* widget = option.widget;
+    const QPoint cursor = widget ? widget->mapFromGlobal(QCursor::pos()) : QPoint(-1, -1);
+    const bool overButton = (option.state & QStyle::State_MouseOver) && button.contains(cursor);
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(overButton ? QColor(0xd0, 0x45, 0x45) : QColor(0xa9, 0xb0, 0xb9));
+    painter->drawEllipse(button);
+    painter->setPen(QPen(Qt::white, 1.6, Qt::SolidLine, Qt::RoundCap));
+    const QRectF cross = QRectF(button).adjusted(5, 5, -5, -5);
+    painter->drawLine(cross.topLeft(), cross.bottomRight());
+    painter->drawLine(cross.topRight(), cross.bottomLeft());
+    painter->restore();
+}
+
+bool RemovalRowDelegate::editorEvent(
+    QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option, const QModelIndex& index) {
+    if (event->type() == QEvent::MouseButtonRelease) {
+        auto* mouse = static_cast<QMouseEvent*>(event);
+        if (mouse->button() == Qt::LeftButton
+            && removeButtonRect(option.rect).adjusted(-2, -2, 2, 2).contains(mouse->position().toPoint())) {
+            emit removeClicked(index.row());
+            return true;
+        }
+    }
+    return QStyledItemDelegate::editorEvent(event, model, option, index);
+}

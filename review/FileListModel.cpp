@@ -1,0 +1,57 @@
+#include "review/FileListModel.h"
+
+#include "engine/PathBytes.h"
+#include "review/Selection.h"
+#include "review/StatusTexts.h"
+
+FileListModel::FileListModel(const Selection& selection, QObject* parent)
+    : QAbstractListModel(parent)
+    , m_selection(selection)
+    , m_icons(256) { }
+
+int FileListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() || !m_group ? 0 : static_cast<int>(m_group->listAll().size());
+}
+
+DuplicateFilePtr FileListModel::fileAt(qsizetype row) const {
+    if (!m_group || row < 0 || row >= m_group->listAll().size())
+        return nullptr;
+    return m_group->listAll().at(row);
+}
+
+QVariant FileListModel::data(const QModelIndex& index, int role) const {
+    const DuplicateFilePtr file = fileAt(index.row());
+    if (!file)
+        return {};
+    switch (role) {
+    case Qt::DisplayRole:
+    case NameRole:
+        return PathBytes::display(PathBytes::lastPathComponent(file->urlFile()));
+    case PathRole:
+    case Qt::ToolTipRole:
+        return PathBytes::display(file->urlFile());
+    case PathBytesRole:
+        return file->urlFile();
+    case Qt::DecorationRole:
+        return m_icons.iconForPath(file->urlFile());
+    case SizeTextRole:
+        return StatusTexts::convertNumberToString(m_group->sizeFile());
+    case CheckedRole:
+        return m_selection.contains(file);
+    case OriginalRole:
+        return file->urlFile() == m_group->original();
+    default:
+        return {};
+    }
+}
+
+void FileListModel::setGroup(const DuplicateGroupPtr& group) {
+    beginResetModel();
+    m_group = group;
+    endResetModel();
+}
+
+void FileListModel::selectionChanged() {
+    if (rowCount() > 0)
+        emit dataChanged(index(0), index(rowCount() - 1), { CheckedRole });
+}
