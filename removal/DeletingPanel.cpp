@@ -23,7 +23,7 @@
 namespace {
 
 const QString kButtonStyle
-    = QStringLiteral("QPushButton { color: #1d2126; border: 1px solid #b4bac2; border-radius: 5px; padding: 0 10px;"
+    = QStringLiteral("QPushButton { color: #1d2126; border: 1px solid #b4bac2; border-radius: 5px; padding: 0 4px;"
                      " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #ffffff, stop:1 #eceef1); }"
                      "QPushButton:pressed { background: #dfe3e8; }"
                      "QPushButton:disabled { color: #9aa1aa; }"

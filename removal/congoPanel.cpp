@@ -20,8 +20,9 @@ const QString kStyle
                      "QPushButton:pressed { background: #dfe3e8; }"
                      "QPushButton:default { color: white; border-color: #2a6fb5;"
                      " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #4a9be6, stop:1 #2f80d0); }"
+                     "QPushButton#ShareResult { padding-right: 26px; }"
                      "QPushButton::menu-indicator { subcontrol-position: right center; subcontrol-origin: padding;"
-                     " right: -6px; }");
+                     " right: 9px; }");
 
 qint64 sumOfFileSizes(const QList<FileDictionary>& files) {
     qint64 sum = 0;
@@ -45,7 +46,7 @@ congoPanel::congoPanel(const QList<FileDictionary>& SelectedFileFolderArray, QWi
     setWindowTitle(QStringLiteral("Done"));
     setWindowModality(Qt::WindowModal);
     setStyleSheet(kStyle);
-    setFixedSize(460, 250);
+    setFixedSize(520, 240);
 
     auto* icon = new QLabel;
     icon->setPixmap(AppIcons::applicationIcon().pixmap(64, 64));

@@ -24,6 +24,15 @@ QRect FileRowDelegate::revealButtonRect(const QRect& rowRect) {
     return { rowRect.right() - kMargin - kButton + 1, rowRect.center().y() - kButton / 2 + 1, kButton, kButton };
 }
 
+bool FileRowDelegate::isOnControl(const QRect& rowRect, const QPoint& point) {
+    return isOnCheckBox(rowRect, point) || revealButtonRect(rowRect).contains(point);
+}
+
+bool FileRowDelegate::isOnCheckBox(const QRect& rowRect, const QPoint& point) {
+    // The check box takes a little margin around it, as a click target.
+    return checkBoxRect(rowRect).adjusted(-6, -8, 6, 8).contains(point);
+}
+
 QSize FileRowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const {
     return { option.rect.width(), kRowHeight };
 }
@@ -91,24 +100,18 @@ void FileRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
 bool FileRowDelegate::editorEvent(
     QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option, const QModelIndex& index) {
     const bool release = event->type() == QEvent::MouseButtonRelease;
-    const bool doubleClick = event->type() == QEvent::MouseButtonDblClick;
-    if (release || doubleClick || event->type() == QEvent::MouseButtonPress) {
+    if (release || event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) {
         auto* mouse = static_cast<QMouseEvent*>(event);
         if (mouse->button() != Qt::LeftButton)
             return QStyledItemDelegate::editorEvent(event, model, option, index);
         const QPoint at = mouse->position().toPoint();
-        // The check box takes a little margin around it, as a click target.
-        const bool onCheckBox = checkBoxRect(option.rect).adjusted(-6, -8, 6, 8).contains(at);
+        const bool onCheckBox = isOnCheckBox(option.rect, at);
         const bool onButton = revealButtonRect(option.rect).contains(at);
         if (onCheckBox || onButton) {
             if (release && onCheckBox)
                 emit checkBoxClicked(index.row());
             else if (release)
                 emit revealClicked(index.row());
-            return true;
-        }
-        if (doubleClick) {
-            emit openRequested(index.row());
             return true;
         }
     }

@@ -3,6 +3,7 @@
 #include "engine/PathBytes.h"
 #include "review/FileActions.h"
 #include "review/FileListModel.h"
+#include "review/FileRowDelegate.h"
 #include "review/GroupListModel.h"
 #include "review/PreviewView.h"
 #include "review/PreviewWindow.h"
@@ -17,6 +18,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QSplitter>
 
@@ -302,6 +304,17 @@ void resultView::QuickLookIn(const QByteArray& path) {
 }
 
 bool resultView::eventFilter(QObject* watched, QEvent* event) {
+    // A double click on a file row, away from its check box and button, opens the file.
+    if (watched == m_sameList->viewport() && event->type() == QEvent::MouseButtonDblClick) {
+        auto* mouse = static_cast<QMouseEvent*>(event);
+        const QModelIndex index = m_sameList->indexAt(mouse->position().toPoint());
+        if (mouse->button() == Qt::LeftButton && index.isValid()
+            && !FileRowDelegate::isOnControl(m_sameList->visualRect(index), mouse->position().toPoint())) {
+            openInExternalDefaultApp(index.row());
+            return true;
+        }
+        return false;
+    }
     if ((watched == m_sameList || watched == m_duplicateListMain) && event->type() == QEvent::KeyPress) {
         auto* key = static_cast<QKeyEvent*>(event);
         if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier) {

@@ -32,7 +32,8 @@ const QString kControlStyle = QStringLiteral(
     " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #ffffff, stop:1 #eceef1); }"
     "QPushButton:pressed { background: #dfe3e8; }"
     "QPushButton:disabled { color: #9aa1aa; }"
-    "QPushButton::menu-indicator { subcontrol-position: right center; subcontrol-origin: padding; right: -4px; }"
+    "QPushButton[hasMenu=\"true\"] { padding-right: 26px; }"
+    "QPushButton::menu-indicator { subcontrol-position: right center; subcontrol-origin: padding; right: 9px; }"
     "QPushButton[segment=\"middle\"] { border-radius: 0; border-left: none; }"
     "QPushButton[segment=\"first\"] { border-top-right-radius: 0; border-bottom-right-radius: 0; }"
     "QPushButton[segment=\"last\"] { border-top-left-radius: 0; border-bottom-left-radius: 0; border-left: none; }"
@@ -108,7 +109,7 @@ void resultView::buildLayout() {
         });
     connect(m_fileDelegate, &FileRowDelegate::checkBoxClicked, this, &resultView::checkBoxActionFromTableRow);
     connect(m_fileDelegate, &FileRowDelegate::revealClicked, this, &resultView::revealFileInFinder);
-    connect(m_fileDelegate, &FileRowDelegate::openRequested, this, &resultView::openInExternalDefaultApp);
+    m_sameList->viewport()->installEventFilter(this);
 
     auto* files = new QWidget;
     auto* filesColumn = new QVBoxLayout(files);
@@ -191,13 +192,15 @@ QWidget* resultView::buildTopBar() {
             : tag == ResultLists::Ascending                ? QStringLiteral("Ascending")
                                                            : QStringLiteral("Descending");
         QAction* item = m_sortMenu->addAction(title);
-        item->setProperty("tag", tag);
+        // Named apart from "tag": the menu bar's rules enable every action carrying that property.
+        item->setProperty("sortTag", tag);
         item->setCheckable(true);
         item->setChecked(m_lists.isSortItemChecked(tag));
         connect(item, &QAction::triggered, this, [this, tag] { sortDuplicatesFor(tag); });
         m_sortItems.append(item);
     }
     m_sortingButton->setMenu(m_sortMenu);
+    m_sortingButton->setProperty("hasMenu", true);
     m_sortingButton->setText(m_sortItems.first()->text());
     row->addWidget(m_sortingButton);
     row->addSpacing(10);
@@ -299,6 +302,7 @@ QWidget* resultView::buildBottomBar() {
         connect(item, &QAction::triggered, this, [this, title] { AutoSelectAction(title); });
     }
     m_autoSelectBTN->setMenu(m_autoSelectMenu);
+    m_autoSelectBTN->setProperty("hasMenu", true);
     m_deselectAllBtn = new QPushButton(QStringLiteral("Deselect All"));
     m_deselectAllBtn->setObjectName(QStringLiteral("deselectAllBtn"));
     m_deselectAllBtn->setFocusPolicy(Qt::NoFocus);

@@ -5,13 +5,22 @@
 #include "app/MainWindow.h"
 #include "app/mainView.h"
 #include "controls/AppIcons.h"
+#include "removal/DeletingPanel.h"
+#include "review/FileListModel.h"
+#include "review/GroupListModel.h"
+#include "review/resultView.h"
 #include "support/ScriptedPrompter.h"
 #include "support/TempTree.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QListView>
+#include <QPainter>
+#include <QPainterPath>
 #include <QThread>
+#include <cmath>
 #include <cstdio>
 #include <functional>
 
@@ -39,6 +48,67 @@ void shoot(AppDelegate& app, const QString& file) {
     std::printf("%s\n", qPrintable(file));
 }
 
+// The main window with a sheet over it, as a person sees them: the sheet hangs from the top of the
+// window's content, centred, the window behind it a little dimmed.
+void shootSheet(AppDelegate& app, QWidget& sheet, const QString& file, QWidget* under = nullptr) {
+    pause(400);
+    QImage picture = app.window()->grab().toImage();
+    QPainter painter(&picture);
+    painter.fillRect(picture.rect(), QColor(0, 0, 0, 40));
+    const int top = app.window()->mapFromGlobal(app.containtView()->mapToGlobal(QPoint(0, 0))).y();
+    for (QWidget* layer : { under, &sheet }) {
+        if (!layer)
+            continue;
+        const QImage image = layer->grab().toImage();
+        const QPoint at((picture.width() - image.width()) / 2, top + (layer == &sheet && under ? 30 : 0));
+        painter.fillRect(QRect(at + QPoint(2, 3), image.size()), QColor(0, 0, 0, 50));
+        painter.drawImage(at, image);
+    }
+    painter.end();
+    picture.save(file);
+    std::printf("%s\n", qPrintable(file));
+}
+
+// A landscape at dusk in one of a few colourings, for pictures worth previewing.
+QByteArray photo(int variant) {
+    QImage image(1200, 800, QImage::Format_RGB32);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const int hue = (200 + variant * 29) % 360;
+    QLinearGradient sky(0, 0, 0, 800);
+    sky.setColorAt(0, QColor::fromHsv(hue, 150, 150));
+    sky.setColorAt(0.6, QColor::fromHsv((hue + 160) % 360, 110, 235));
+    sky.setColorAt(1, QColor::fromHsv((hue + 180) % 360, 70, 250));
+    painter.fillRect(image.rect(), sky);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(255, 240, 190));
+    painter.drawEllipse(QPointF(300 + variant * 60, 420), 80, 80);
+    for (int layer = 0; layer < 3; ++layer) {
+        QPainterPath path;
+        const double base = 520 + layer * 90;
+        path.moveTo(0, 800);
+        for (int x = 0; x <= 1200; x += 20)
+            path.lineTo(x, base - 55 * std::sin((x + layer * 250 + variant * 90) / (150.0 + layer * 50)));
+        path.lineTo(1200, 800);
+        painter.setBrush(QColor::fromHsv(hue, 90 + layer * 30, 110 - layer * 30));
+        painter.drawPath(path);
+    }
+    painter.end();
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPEG", 92);
+    // Padded past the smallest size a scan reports.
+    return bytes + QByteArray(qMax<qsizetype>(0, 150000 - bytes.size()), '\0');
+}
+
+void writeBytes(const QByteArray& path, const QByteArray& bytes) {
+    QDir().mkpath(QFileInfo(QString::fromUtf8(path)).path());
+    QFile file(QString::fromUtf8(path));
+    file.open(QIODevice::WriteOnly);
+    file.write(bytes);
+}
+
 void writeFile(const QByteArray& path, qint64 size, char fill) {
     QDir().mkpath(QFileInfo(QString::fromUtf8(path)).path());
     QFile file(QString::fromUtf8(path));
@@ -64,11 +134,12 @@ int main(int argc, char* argv[]) {
     const QByteArray demo = QFile::encodeName(QDir::tempPath()) + "/twinsift-demo";
     QDir(QString::fromUtf8(demo)).removeRecursively();
     for (int i = 0; i < 12; ++i)
-        writeFile(
-            demo + "/Pictures/Holiday/IMG_" + QByteArray::number(4100 + i) + ".jpg", 900000 + i * 37000, char('a' + i));
-    for (int i = 0; i < 5; ++i)
-        writeFile(demo + "/Pictures/Imported/IMG_" + QByteArray::number(4100 + i) + ".jpg", 900000 + i * 37000,
-            char('a' + i));
+        writeBytes(demo + "/Pictures/Holiday/IMG_" + QByteArray::number(4100 + i) + ".jpg", photo(i));
+    for (int i = 0; i < 5; ++i) {
+        writeBytes(demo + "/Pictures/Imported/IMG_" + QByteArray::number(4100 + i) + ".jpg", photo(i));
+        if (i < 2)
+            writeBytes(demo + "/Pictures/Imported/Copy of IMG_" + QByteArray::number(4100 + i) + ".jpg", photo(i));
+    }
     writeFile(demo + "/Documents/Report 2023.pdf", 2400000, 'r');
     writeFile(demo + "/Documents/Old/Report 2023 copy.pdf", 2400000, 'r');
     writeFile(demo + "/Documents/Notes.txt", 180000, 'n');
@@ -87,7 +158,29 @@ int main(int argc, char* argv[]) {
     waitUntil([&] { return app.typetoolbar() == 3 || app.typetoolbar() == 4; }, 60000);
     shoot(app, out + QStringLiteral("/groups-found.png"));
 
+    // The result screen with the newest copies kept and a picture in the preview.
     app.nextButtonAction_toolbar();
+    resultView* results = app.resultViewObj();
+    results->AutoSelectAction(Selection::keepNewestTitle());
+    for (qsizetype row = 0; row < results->groupModel()->rowCount(); ++row) {
+        if (results->groupModel()->groupAt(row)->listAll().size() == 3) {
+            results->duplicateListMain()->setCurrentIndex(results->groupModel()->index(static_cast<int>(row)));
+            break;
+        }
+    }
+    results->sameList()->setCurrentIndex(results->fileModel()->index(1));
+    shoot(app, out + QStringLiteral("/results.png"));
+
+    // The review sheet, then the completion panel over it.
+    app.nextButtonAction_toolbar();
+    DeletingPanel* review = app.deleteingWindow();
+    shootSheet(app, *review, out + QStringLiteral("/review.png"));
+    for (int i = 0; i < 7; ++i)
+        app.SelectedFileFolderArray().append({ "/demo/" + QByteArray::number(i), 0, 960000 + i * 37000, {} });
+    review->congoPanelOpen();
+    shootSheet(app, *review->CongoPanelObj(), out + QStringLiteral("/completion.png"), review);
+    review->closeCongoWindow();
+    review->closewindow();
     app.backButtonAction_toolbar();
     setup->checkAndReloadTableView({ big });
     app.nextButtonAction_toolbar();
