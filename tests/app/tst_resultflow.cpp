@@ -2,6 +2,8 @@
 // search, sort and automatic choice, the review sheet, each removal action on disk, and the way back.
 #include "AppFixture.h"
 
+#include "controls/StripedProgressBar.h"
+
 #include "engine/PathBytes.h"
 #include "removal/DeletingPanel.h"
 #include "removal/DiskFixture.h"
@@ -196,8 +198,15 @@ private slots:
         QVERIFY(sheet->isVisible());
         chosen.removeAll(dropped);
 
+        // The files go one after another in later turns of the event loop, the sheet showing progress
+        // and refusing to close meanwhile.
         f.prompter.expectAlert(Prompter::FirstButton, false, popUpIndex);
         QTest::mouseClick(sheet->tDelete(), Qt::LeftButton);
+        QVERIFY(sheet->isRemoving());
+        QVERIFY(sheet->progressBar()->isVisible());
+        QVERIFY(!sheet->back()->isEnabled() && !sheet->tDelete()->isEnabled());
+        QTest::keyClick(sheet, Qt::Key_Escape);
+        QVERIFY(sheet->isVisible());
         QTRY_VERIFY(!sheet->isVisible());
         QVERIFY(f.prompter.allAnswered());
         const Prompter::Alert& asked = f.prompter.alertsShown.last();
