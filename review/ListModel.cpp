@@ -5,6 +5,8 @@
 #include "review/ListSelection.h"
 #include "review/TextCompare.h"
 
+#include <QHash>
+#include <QSet>
 #include <algorithm>
 #include <functional>
 
@@ -70,7 +72,18 @@ bool ListModel::sortBy(const QString& title) {
             return sum;
         });
     } else if (title == QLatin1String("Duplicate Selected")) {
-        less = byNumber([this](const GroupDictionary& g) { return m_selection.selectedCountIn(g); });
+        // Counted once per group against a set of the chosen paths, not once per comparison.
+        QSet<QByteArray> chosen;
+        for (const FileDictionary& file : m_selection.SelectedFileFolderArray)
+            chosen.insert(file.url);
+        QHash<QByteArray, qsizetype> counts;
+        for (const GroupDictionary& group : std::as_const(m_state.DuplicateFileFolderArray)) {
+            qsizetype count = 0;
+            for (const FileDictionary& file : group.SameFileList)
+                count += chosen.contains(file.url) ? 1 : 0;
+            counts.insert(group.original.url, count);
+        }
+        less = byNumber([counts](const GroupDictionary& g) { return counts.value(g.original.url); });
     } else {
         return false;
     }

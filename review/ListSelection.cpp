@@ -2,7 +2,22 @@
 
 #include "engine/ScanState.h"
 
+#include <QSet>
 #include <algorithm>
+
+namespace {
+
+// Paths are unique within a result, so a file is known by its path; the rules over every group use
+// these sets so that they stay linear in the number of files.
+QSet<QByteArray> urlsOf(const QList<FileDictionary>& files) {
+    QSet<QByteArray> urls;
+    urls.reserve(files.size());
+    for (const FileDictionary& file : files)
+        urls.insert(file.url);
+    return urls;
+}
+
+} // namespace
 
 ListSelection::ListSelection(ScanState& state)
     : m_state(state) { }
@@ -37,27 +52,37 @@ GroupDictionary* ListSelection::currentGroup() {
     return &m_state.DuplicateFileFolderArray[ReloadRow];
 }
 
-void ListSelection::keepNewestAction() {
+void ListSelection::chooseAllKeeping(bool keepNewest, bool keepOldest) {
+    QSet<QByteArray> chosen = urlsOf(SelectedFileFolderArray);
+    QSet<QByteArray> kept;
     for (const GroupDictionary& group : m_state.DuplicateFileFolderArray) {
-        chooseAll(group);
-        if (!group.SameFileList.isEmpty())
-            SelectedFileFolderArray.removeAll(group.SameFileList.last());
+        for (const FileDictionary& file : group.SameFileList) {
+            if (!chosen.contains(file.url)) {
+                chosen.insert(file.url);
+                SelectedFileFolderArray.append(file);
+            }
+        }
+        if (keepNewest && !group.SameFileList.isEmpty())
+            kept.insert(group.SameFileList.last().url);
+        if (keepOldest && !group.SameFileList.isEmpty())
+            kept.insert(group.SameFileList.first().url);
     }
+    if (!kept.isEmpty())
+        SelectedFileFolderArray.removeIf([&kept](const FileDictionary& file) { return kept.contains(file.url); });
+}
+
+void ListSelection::keepNewestAction() {
+    chooseAllKeeping(true, false);
 }
 
 void ListSelection::keepOldestAction() {
-    for (const GroupDictionary& group : m_state.DuplicateFileFolderArray) {
-        chooseAll(group);
-        if (!group.SameFileList.isEmpty())
-            SelectedFileFolderArray.removeAll(group.SameFileList.first());
-    }
+    chooseAllKeeping(false, true);
 }
 
 bool ListSelection::keepNoneAction() {
     if (alertSelectAll && !alertSelectAll())
         return false;
-    for (const GroupDictionary& group : m_state.DuplicateFileFolderArray)
-        chooseAll(group);
+    chooseAllKeeping(false, false);
     return true;
 }
 
@@ -104,8 +129,12 @@ bool ListSelection::addInSelectedDuplicateList(qsizetype index) {
 }
 
 void ListSelection::DeselectAllFromDuplicateList() {
-    for (const GroupDictionary& group : m_state.DuplicateFileFolderArray)
-        dropAll(group);
+    QSet<QByteArray> listed;
+    for (const GroupDictionary& group : m_state.DuplicateFileFolderArray) {
+        for (const FileDictionary& file : group.SameFileList)
+            listed.insert(file.url);
+    }
+    SelectedFileFolderArray.removeIf([&listed](const FileDictionary& file) { return listed.contains(file.url); });
 }
 
 void ListSelection::SetAsOriginal(qsizetype row) {

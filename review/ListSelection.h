@@ -49,6 +49,8 @@ public:
 
 private:
     GroupDictionary* currentGroup();
+    // Chooses every file of every group, then drops the newest and/or the oldest of each.
+    void chooseAllKeeping(bool keepNewest, bool keepOldest);
     void chooseAll(const GroupDictionary& group);
     void dropAll(const GroupDictionary& group);
 
