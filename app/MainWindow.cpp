@@ -29,6 +29,12 @@ MainWindow::ScreenFrame MainWindow::frameFor(int screen) {
     }
 }
 
+MainWindow::ScreenFrame MainWindow::olderFrameFor(bool result) {
+    if (result)
+        return frameFor(2);
+    return { QSize(760, 540), QSize(720, 440), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX), true, false };
+}
+
 MainWindow::MainWindow(QWidget* parent)
     : QMainWindow(parent)
     , m_toolbar(new MainToolbar)
@@ -60,25 +66,30 @@ void MainWindow::addScreen(QWidget* screen) {
 }
 
 void MainWindow::showScreen(QWidget* screen, int number) {
+    showScreen(screen, frameFor(number), true, 250);
+}
+
+void MainWindow::showScreen(QWidget* screen, const ScreenFrame& frame, bool toolbarShown, int fadeMs) {
+    m_toolbar->setVisible(toolbarShown);
     for (QWidget* other : std::as_const(m_screens)) {
         if (other != screen)
             other->hide();
     }
     if (screen->isHidden()) {
         screen->show();
-        fadeIn(screen);
+        fadeIn(screen, fadeMs);
     }
-    applyFrame(frameFor(number));
+    applyFrame(frame);
 }
 
-void MainWindow::fadeIn(QWidget* screen) {
+void MainWindow::fadeIn(QWidget* screen, int fadeMs) {
     if (!isVisible())
         return;
     auto* effect = new QGraphicsOpacityEffect(screen);
     effect->setOpacity(0.0);
     screen->setGraphicsEffect(effect);
     auto* fade = new QPropertyAnimation(effect, "opacity", screen);
-    fade->setDuration(250);
+    fade->setDuration(fadeMs);
     fade->setStartValue(0.0);
     fade->setEndValue(1.0);
     // The effect goes once the screen is opaque: it would slow every later repaint.

@@ -21,6 +21,8 @@ public:
     };
     // The frame of screen 0 (setup), 1 (scanning) or 2 (result).
     static ScreenFrame frameFor(int screen);
+    // The frame of the scan-list pages: the main page or the result page.
+    static ScreenFrame olderFrameFor(bool result);
 
     explicit MainWindow(QWidget* parent = nullptr);
 
@@ -32,6 +34,9 @@ public:
     // Shows `screen` faded in and hides the others, applies the frame of screen number `number`
     // and resizes keeping the window's centre (animated when the window is visible).
     void showScreen(QWidget* screen, int number);
+    // The same with a frame of its own: `toolbarShown` says whether the main toolbar stays above
+    // it (screens with a toolbar of their own hide it), `fadeMs` how long the fade-in takes.
+    void showScreen(QWidget* screen, const ScreenFrame& frame, bool toolbarShown, int fadeMs);
     bool isFullScreenAllowed() const { return m_fullScreenAllowed; }
     void toggleFullScreen();
 
@@ -43,7 +48,7 @@ protected:
 
 private:
     void applyFrame(const ScreenFrame& frame);
-    void fadeIn(QWidget* screen);
+    void fadeIn(QWidget* screen, int fadeMs);
 
     MainToolbar* m_toolbar;
     QWidget* m_containtView;
