@@ -7,11 +7,13 @@
 #include "app/DesktopNotifier.h"
 #include "app/MainToolbar.h"
 #include "app/MainWindow.h"
+#include "app/mainScreen.h"
 #include "app/mainView.h"
 #include "app/progressView.h"
 #include "controls/StripedProgressBar.h"
 #include "engine/Log.h"
 #include "engine/ScanDriver.h"
+#include "review/FileActions.h"
 #include "review/StatusTexts.h"
 #include "review/resultView.h"
 
@@ -38,7 +40,9 @@ AppDelegate::AppDelegate(Prompter& prompter, QObject* parent)
     , m_prompter(prompter)
     , m_driver(std::make_unique<ScanDriver>(m_state, *this))
     , m_notifier(std::make_unique<DesktopNotifier>())
-    , m_window(std::make_unique<MainWindow>()) {
+    , m_window(std::make_unique<MainWindow>())
+    , m_listSelection(m_state)
+    , m_listModel(m_state, m_listSelection) {
     s_instance = this;
     openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     m_driver->loadSettings = [this](ScanSettings& settings) { getAppSetting(settings, m_settingsStore); };
@@ -98,6 +102,7 @@ void AppDelegate::applicationWillFinishLaunching() {
     m_window->addScreen(m_mainViewObj);
     m_window->addScreen(m_progressViewObj);
     m_window->addScreen(m_resultViewObj);
+    buildOlderViews();
     AppMenus::build(*m_window, *this);
 
     // Every change of the selection moves the toolbar between states 5 and 6.
@@ -217,14 +222,18 @@ void AppDelegate::nextButtonAction_toolbar() {
 MenuRules::State AppDelegate::menuState() const {
     MenuRules::State state;
     state.isMainScreen = m_isMainScreen;
-    state.resetNewScanEnabled = m_older.ResetNewScanBTN.enabled;
+    // No list scan starts, and the scan list is not left, while any scan runs: both scans share the
+    // scan thread and the figures.
+    const bool running = m_state.isScanRunning;
+    state.resetNewScanEnabled = m_older.ResetNewScanBTN.enabled && !running;
     state.addEnabled = m_older.Add.enabled;
-    // No list scan starts while any scan runs: both would write the same tables.
-    state.scanEnabled = m_older.scan.enabled && !m_state.isScanRunning;
-    state.iPhotoEnabled = m_older.iPhoto.enabled;
+    state.scanEnabled = m_older.scan.enabled && !running;
+    state.iPhotoEnabled = m_older.iPhoto.enabled && !running;
     state.removeEnabled = m_older.Remove.enabled;
-    state.searchEnabled = m_resultViewObj->searchALL()->isEnabled();
+    state.selectDuplicateTitle = m_older.selectDuplicateTitle;
+    state.searchEnabled = searchField()->isEnabled();
     state.selRowRightClick = m_selRowRightClick;
+    state.rightClickedIsOriginal = rightClickedIsOriginal();
     return state;
 }
 
@@ -247,12 +256,16 @@ void AppDelegate::validateMenus() {
 void AppDelegate::Findfile() {
     if (!validateMenuItem(MenuRules::Find))
         return;
-    m_resultViewObj->searchALL()->setFocus(Qt::ShortcutFocusReason);
-    m_resultViewObj->searchALL()->selectAll();
+    searchField()->setFocus(Qt::ShortcutFocusReason);
+    searchField()->selectAll();
 }
 
 void AppDelegate::AddFolder_Menubar() {
-    if (validateMenuItem(MenuRules::AddFolder))
+    if (!validateMenuItem(MenuRules::AddFolder))
+        return;
+    if (isOlderViewShown())
+        m_mainScreenObj->openPanelForAddFolder();
+    else
         m_mainViewObj->openPanelForAddFolder(MenuRules::AddFolder);
 }
 

@@ -9,8 +9,12 @@
 #include "removal/RemovalReview.h"
 #include "review/ResultLists.h"
 #include "review/Selection.h"
+#include "review/ListModel.h"
+#include "review/ListSelection.h"
+#include "review/Prompter.h"
 
 #include <QObject>
+#include <QSet>
 #include <QTimer>
 #include <QUrl>
 #include <functional>
@@ -18,12 +22,19 @@
 
 class DeletingPanel;
 class DesktopNotifier;
+class FileActions;
 class MainToolbar;
 class MainWindow;
+class OlderPages;
 class PreferenceWindow;
-class Prompter;
+class PreviewWindow;
+class QLineEdit;
+class QMenu;
 class QPushButton;
+class ResultScreen;
 class ScanDriver;
+class StatusWindow;
+class mainScreen;
 class mainView;
 class progressView;
 class resultView;
@@ -69,15 +80,78 @@ public:
     // List scan over `mainArray`.
     void scanStart();
     void AfterScan();
-    // Inserts the paths not yet in `mainArray` at `row` (-1: at the end).
-    void addDragFile(const QList<QByteArray>& paths, int row = -1);
     // Posts a desktop notification half a second later.
     void setUserNotificationWithTitle(const QString& title, const QString& subTitle, const QString& informativeText);
 
-    // The older pair of views: only their toolbar items' state is kept (see OlderToolbarItems).
+    // The scan-list pages (the list scan's and the photo-library scan's own main and result pages),
+    // shown in the window in place of the three screens. `setViewsFor` shows the result page for
+    // "Result" and the main page for anything else; `SetToolBarBTNFor` sets their toolbar for
+    // "Pscan" (a scan runs), "Cscan" (a result is shown) or "main".
     void setViewsFor(const QString& view);
     void SetToolBarBTNFor(const QString& mode);
+    bool isOlderViewShown() const;
+    // Leaves the pages for the screen the window showed before them, as it was.
+    void leaveOlderViews();
+    // Empties the scan list, its result and its selection, and goes back to the folder scan's setup
+    // screen.
     void NewScanBack();
+    // Inserts the paths not yet in `mainArray` at `row` (-1: at the end), unless a scan runs.
+    void addDragFile(const QList<QByteArray>& paths, int row = -1);
+    // Takes the row out of `mainArray`, unless a scan runs.
+    void removeRowFromMain(int row);
+    // `_showDuplicate`: shows the result page when the last list scan found groups.
+    void showDuplicatelist();
+    // The status line under the pages and the enabled `_Remove`, from the scan list's selection.
+    void setBottomStatus();
+    // Opens the status popover against its button, unless the status line reads the add hint.
+    void showStatusWindow();
+
+    // The scan list's result page.
+    void SortItemList(int index);
+    // Shows the groups of the chosen type that match the search field's text.
+    void FilterItemList();
+    void FilterItemListFromSearchField();
+    // The type list's row `row` became the current one.
+    void chooseTypeRow(int row);
+    // The group list's row `row` became the current one (`ReloadRow`).
+    void chooseGroupRow(int row);
+    void SegmentKeepAction(int segment);
+    // The check box of the current group's file `index`; answers whether it is on afterwards.
+    bool addInSelectedDuplicateList(qsizetype index);
+    void keepNewestAction();
+    void keepOldestAction();
+    void keepNoneAction();
+    void DeselectAllFromDuplicateList();
+    // Pops up `select_menu` at `Select_Duplicate_`, then refreshes the lists and the status line.
+    void AddAllInDuplicateList();
+    // The context menu of a file row (`RightClickOnItem`), at the row `row` of the current group.
+    void RightClickOnItem(int row, const QPoint& globalPos);
+    // The actions of that menu, on the right-clicked file (`selRowRightClick`).
+    void QuickLookInIB();
+    void revealInFinderIB();
+    void openInExternalDefaultAppIB();
+    void SetAsOriginal();
+    // Quick Look: shows the file's preview window, or closes it when it is open.
+    void QuickLookIn(const QByteArray& path);
+
+    // The photo-library scan.
+    void ScanIphotoPictures();
+    // The choice alert's pop-up action: the texts of "iPhoto Library" (0) or "New Photo App
+    // Library" (1).
+    static void chageAlertText(Prompter::Alert& alert);
+    // The remembered library (a path under "iPhotoURL" stands in for a bookmark) into
+    // `iPhotoFolderURL`; answers whether it can be read.
+    bool makeBookMarkURLAccessible();
+    void performiPhotoScan();
+    void openPanalForIphoto();
+    void openPanalForPhotoAndVideosForOtherLibrary();
+    // The library panel's delegate: the Pictures folder, its parent and grandparent, and items named
+    // "iPhoto Library" (whatever their extension).
+    bool panelShouldEnableURL(const QByteArray& path) const;
+    const QList<QByteArray>& iPhotoFolderpath() const { return m_iPhotoFolderpath; }
+    const QByteArray& iPhotoFolderURL() const { return m_iPhotoFolderURL; }
+    // The user's Pictures folder, symbolic links resolved.
+    static QByteArray picturesFolder();
 
     bool validateMenuItem(int tag, bool isSetAsOriginal = false) const;
     // Re-applies the menu rules to every tagged item of the menu bar.
@@ -111,7 +185,7 @@ public:
     ResultLists& resultLists() { return m_lists; }
     // The older list's selection, read by the review's first confirmation texts and the completion
     // panel.
-    QList<FileDictionary>& SelectedFileFolderArray() { return m_SelectedFileFolderArray; }
+    QList<FileDictionary>& SelectedFileFolderArray() { return m_listSelection.SelectedFileFolderArray; }
     DeletingPanel* deleteingWindow() const { return m_deleteingWindow.get(); }
     SettingsStore& settingsStore() { return m_settingsStore; }
     Prompter& prompter() { return m_prompter; }
@@ -120,7 +194,12 @@ public:
     int typetoolbar() const { return m_typetoolbar; }
     bool isMainScreen() const { return m_isMainScreen; }
     int selRowRightClick() const { return m_selRowRightClick; }
-    const QList<GroupDictionary>& saveResultArray() const { return m_saveResultArray; }
+    const QList<GroupDictionary>& saveResultArray() const { return m_listModel.saveResultArray; }
+    const QList<FileDictionary>& SelectedFileFolderArray() const { return m_listSelection.SelectedFileFolderArray; }
+    qsizetype ReloadRow() const { return m_listSelection.ReloadRow; }
+    int ReloadRowMain() const { return m_ReloadRowMain; }
+    ListSelection& listSelection() { return m_listSelection; }
+    ListModel& listModel() { return m_listModel; }
     const OlderToolbarItems& olderItems() const { return m_older; }
     bool isRefreshStatusTimerActive() const { return m_refreshStatusTimer.isActive(); }
     bool isScanTimerActive() const { return m_scanTimer.isActive(); }
@@ -137,12 +216,27 @@ public:
     resultView* resultViewObj() const { return m_resultViewObj; }
     QPushButton* backButton() const;
     QPushButton* nextButton() const;
+    OlderPages* olderPages() const { return m_olderPages; }
+    mainScreen* mainScreenObj() const { return m_mainScreenObj; }
+    ResultScreen* ResultScreenObj() const { return m_ResultScreenObj; }
+    StatusWindow* StatusWindowObj() const { return m_StatusWindowObj; }
+    PreviewWindow* previewWindow() const { return m_previewWindow; }
+    FileActions& fileActions();
+    // The context menu of the last right-click on a file row.
+    QMenu* rightClickMenu() const { return m_rightClickMenu; }
 
 public slots:
     void Findfile();
     void AddFolder_Menubar();
     void Scan_Menubar();
+    void ScaniPhoto_Menubar();
+    // Shows the scan list's main page.
+    void ShowScanList_Menubar();
     void NewScan_Menubar();
+    void SelectAllDuplicate();
+    void DeselectAll_Menubar();
+    // `_Remove`: the removal review of the chosen copies.
+    void openRemovalReviewFromScanList();
     void minimizeToogle();
     // Shows the preferences window, filled from the current settings.
     void showPreferences();
@@ -176,14 +270,26 @@ private:
     // Where the review sheet returns to when it has ended.
     void returnFromReview(const RemovalReview::CloseDecision& decision);
     void buildMenus();
+    // The search field of the result screen shown: the scan list's on its result page.
+    QLineEdit* searchField() const;
+    bool rightClickedIsOriginal() const;
+    void buildOlderViews();
+    // Draws the scan-list pages' toolbar and status strip from `m_older`, and the menus.
+    void applyOlderItems();
+    // Takes the scan list's lists into the result page again: rebuilt after a search, a type or a
+    // new result, only redrawn after a change of the selection.
+    void reloadOlderResult(bool rebuild);
+    QSet<QByteArray> selectedUrls() const;
+    // After a change of the scan list's selection: the rows, the type figures and the status line.
+    void selectionDidChange();
+    // Closes the removal review when it is open.
+    void closeRemovalReview();
 
     Prompter& m_prompter;
     SettingsStore m_settingsStore;
     ScanState m_state;
     Selection m_selection;
     ResultLists m_lists { m_state, m_selection };
-    // Until the older list's selection is kept here, it stays empty.
-    QList<FileDictionary> m_SelectedFileFolderArray;
     std::unique_ptr<ScanDriver> m_driver;
     std::unique_ptr<DesktopNotifier> m_notifier;
     std::unique_ptr<MainWindow> m_window;
@@ -199,11 +305,26 @@ private:
     int m_typetoolbar = 0;
     bool m_isMainScreen = true;
     int m_selRowRightClick = -1;
-    int m_ReloadRow = 0;
     int m_ReloadRowMain = 0;
     std::atomic<int> m_flo { 0 };
     QTimer m_refreshStatusTimer;
     QTimer m_scanTimer;
+
+    // The scan-list pages and their model.
     OlderToolbarItems m_older;
-    QList<GroupDictionary> m_saveResultArray;
+    ListSelection m_listSelection;
+    ListModel m_listModel;
+    OlderPages* m_olderPages = nullptr;
+    mainScreen* m_mainScreenObj = nullptr;
+    ResultScreen* m_ResultScreenObj = nullptr;
+    StatusWindow* m_StatusWindowObj = nullptr;
+    QMenu* m_rightClickMenu = nullptr;
+    PreviewWindow* m_previewWindow = nullptr;
+    std::unique_ptr<FileActions> m_fileActions;
+    // A list scan runs (from its start to its ending), so the live figures go to the pages.
+    bool m_listScanRunning = false;
+
+    // The photo-library scan.
+    QList<QByteArray> m_iPhotoFolderpath;
+    QByteArray m_iPhotoFolderURL;
 };

@@ -21,7 +21,7 @@ constexpr int kRescanDelayMs = 1000;
 } // namespace
 
 void AppDelegate::resetResultScreenForNewScan() {
-    m_ReloadRow = 0;
+    m_listSelection.ReloadRow = 0;
     m_ReloadRowMain = 0;
     m_resultViewObj->resetForNewScan();
     m_resultViewObj->searchALL()->setEnabled(false);
@@ -39,7 +39,7 @@ qsizetype AppDelegate::selectedDuplicateCount() const {
 void AppDelegate::DeleteSelecteditem() {
     if (!m_deleteingWindow) {
         m_deleteingWindow = std::make_unique<DeletingPanel>(
-            m_state, m_selection, m_lists, m_SelectedFileFolderArray, m_prompter, m_window.get());
+            m_state, m_selection, m_lists, m_listSelection.SelectedFileFolderArray, m_prompter, m_window.get());
         m_deleteingWindow->openUrl = openUrl;
         connect(m_deleteingWindow.get(), &DeletingPanel::closed, this, &AppDelegate::returnFromReview);
         connect(

@@ -1,10 +1,12 @@
 // AppDelegate's part of a scan: starting both scan paths, the two timers, the live figures, the
-// hand-overs from the scan thread and both endings; and the older list's state that the list scan
-// reads and writes.
+// hand-overs from the scan thread and both endings.
 #include "app/AppDelegate.h"
 
 #include "app/DesktopNotifier.h"
 #include "app/MainToolbar.h"
+#include "app/OlderPages.h"
+#include "app/OlderToolbar.h"
+#include "app/mainScreen.h"
 #include "app/progressView.h"
 #include "controls/StripedProgressBar.h"
 #include "engine/Log.h"
@@ -12,6 +14,7 @@
 #include "removal/DeletingPanel.h"
 #include "review/ByteCountFormatter.h"
 #include "review/StatusTexts.h"
+#include "review/StatusWindow.h"
 #include "review/resultView.h"
 
 #include <QLabel>
@@ -30,7 +33,6 @@ constexpr qreal kScanningInset = 106.0;
 // Delays of the list scan's ending, as the older screens expect them.
 constexpr int kRunningFlagDelayMs = 1500;
 constexpr int kMainScreenDelayMs = 1000;
-constexpr int kMainToolbarDelayMs = 200;
 
 } // namespace
 
@@ -97,6 +99,14 @@ void AppDelegate::setProgressData() {
         setProgressScanning(static_cast<float>(done) / static_cast<float>(files));
     else
         setProgressScanning(0.0);
+    if (m_listScanRunning) {
+        // The list scan shows its figures on the scan-list pages and in the popover while it is open.
+        const bool grouping = files != 0 && m_flo == 0;
+        m_olderPages->toolbar()->setProgress(
+            true, grouping, StatusTexts::popoverProgress(m_state.totalDuplicateCountFolderTemp, files));
+        if (m_StatusWindowObj->isVisible())
+            m_StatusWindowObj->set();
+    }
 }
 
 void AppDelegate::setProgressScanning(double fraction) {
@@ -109,36 +119,77 @@ void AppDelegate::setScanningAnimated() {
     static const QString texts[]
         = { QStringLiteral("Scanning."), QStringLiteral("Scanning.."), QStringLiteral("Scanning...") };
     toolbar()->setStatusLine(texts[s_scanningCounter], kScanningInset);
+    if (m_listScanRunning) {
+        m_older.statusText = texts[s_scanningCounter];
+        applyOlderItems();
+    }
     s_scanningCounter = (s_scanningCounter + 1) % 3;
 }
 
 // List scan
 
 void AppDelegate::scanStart() {
+    // One scan at a time: a second would wait for the first on this thread, which the first needs.
+    if (m_state.isScanRunning) {
+        Log::line(QStringLiteral("scan running"));
+        return;
+    }
     m_driver->scanStart();
 }
 
 void AppDelegate::listScanWillStart() {
-    // PrepareForScan's part on the screens; the driver has reset the tables and counters.
-    m_ReloadRow = 0;
+    // PrepareForScan's part on the screens; the driver has reset the tables and counters. The scan
+    // shows on the scan list's main page.
+    m_listScanRunning = true;
+    if (!isOlderViewShown() || !m_isMainScreen)
+        setViewsFor(QStringLiteral("Main"));
+    m_listSelection.ReloadRow = 0;
     m_ReloadRowMain = 0;
+    m_selRowRightClick = -1;
     SetToolBarBTNFor(QStringLiteral("Pscan"));
     m_older.StatusWindowBTN.enabled = true;
-    m_saveResultArray.clear();
+    m_older.showDuplicate.enabled = false;
+    m_older.Remove.enabled = false;
+    m_older.bottomStatus = QString();
+    m_older.selectDuplicateTitle = QStringLiteral("Select Duplicates");
+    m_listModel.saveResultArray.clear();
+    m_listModel.segmentType = QStringLiteral("All");
+    m_listSelection.SelectedFileFolderArray.clear();
+    reloadOlderResult(true);
+    m_olderPages->toolbar()->setProgress(true, false, 0.0);
     m_refreshStatusTimer.start();
-    validateMenus();
+    applyOlderItems();
 }
 
 void AppDelegate::listScanWillWalk() {
-    onInterfaceThread([this] { setScanningAnimated(); }, true);
+    onInterfaceThread(
+        [this] {
+            setScanningAnimated();
+            m_StatusWindowObj->setINFIProcessBarShow(false);
+            if (m_state.photoScan) {
+                // The photo scan walks the library alone: the target list is emptied before it starts.
+                m_state.mainArray.clear();
+                m_mainScreenObj->reload();
+            }
+        },
+        true);
 }
 
 void AppDelegate::setFlo(int flo) {
     m_flo = flo;
+    m_StatusWindowObj->setFlo(flo);
 }
 
 void AppDelegate::listGroupingDidFinish() {
-    onInterfaceThread([this] { m_refreshStatusTimer.stop(); }, false);
+    onInterfaceThread(
+        [this] {
+            m_StatusWindowObj->setINFIProcessBarHide(true);
+            if (m_refreshStatusTimer.isActive()) {
+                m_refreshStatusTimer.stop();
+                m_StatusWindowObj->set();
+            }
+        },
+        false);
 }
 
 void AppDelegate::afterScan() {
@@ -153,26 +204,38 @@ void AppDelegate::AfterScan() {
     // These delayed steps run even if another scan has started meanwhile.
     QTimer::singleShot(kRunningFlagDelayMs, this, [this] {
         m_state.isScanRunning = false;
-        validateMenus();
+        applyOlderItems();
     });
-    m_saveResultArray = m_state.DuplicateFileFolderArray;
-    if (m_saveResultArray.isEmpty()) {
+    m_listScanRunning = false;
+    m_refreshStatusTimer.stop();
+    m_olderPages->toolbar()->setProgress(false, false, 0.0);
+    m_StatusWindowObj->closein();
+    m_listModel.saveResult();
+    if (m_listModel.saveResultArray.isEmpty()) {
         m_state.isScanRunning = false;
-        m_isMainScreen = true;
+        setViewsFor(QStringLiteral("Main"));
         QTimer::singleShot(kMainScreenDelayMs, this, [this] { SetToolBarBTNFor(QStringLiteral("main")); });
+        m_mainScreenObj->reload();
         const QString nothing = QStringLiteral("Scan completed and no duplicate found");
         Log::line(nothing);
         m_older.bottomStatus = nothing;
+        m_older.statusText = QStringLiteral("No duplicates found.");
         m_older.scan.enabled = false;
         QTimer::singleShot(kMainScreenDelayMs, this, [this] {
             m_older.showDuplicate.enabled = false;
             m_older.StatusWindowBTN.enabled = true;
+            applyOlderItems();
         });
     } else {
-        // The older result screen's type list is rebuilt here once that screen exists.
+        m_listModel.makeListOfTypes();
         m_older.ResetNewScanBTN.enabled = true;
         m_older.showDuplicate.enabled = true;
+        m_older.statusText = QString();
+        reloadOlderResult(true);
+        // The scan ends on its result.
+        showDuplicatelist();
     }
+    applyOlderItems();
 
     const qint64 count = m_state.totalDuplicateCountFolder;
     const QString text = count != 0 ? QStringLiteral("%1 %2(%3) found")
@@ -187,59 +250,4 @@ void AppDelegate::AfterScan() {
 void AppDelegate::setUserNotificationWithTitle(
     const QString& title, const QString& subTitle, const QString& informativeText) {
     m_notifier->notifyLater(title, subTitle, informativeText);
-}
-
-// The older list
-
-void AppDelegate::addDragFile(const QList<QByteArray>& paths, int row) {
-    if (m_state.isScanRunning)
-        return;
-    QList<QByteArray> fresh;
-    for (const QByteArray& path : paths) {
-        if (!m_state.mainArray.contains(path) && !fresh.contains(path))
-            fresh.append(path);
-    }
-    const qsizetype at = row < 0 || row > m_state.mainArray.size() ? m_state.mainArray.size() : row;
-    for (qsizetype i = 0; i < fresh.size(); ++i)
-        m_state.mainArray.insert(at + i, fresh[i]);
-    QTimer::singleShot(kMainToolbarDelayMs, this, [this] { SetToolBarBTNFor(QStringLiteral("main")); });
-}
-
-void AppDelegate::setViewsFor(const QString& view) {
-    const bool result = view == QLatin1String("Result");
-    m_isMainScreen = !result;
-    m_older.Remove.hidden = !result;
-    m_older.showDuplicate.hidden = result;
-    validateMenus();
-}
-
-void AppDelegate::SetToolBarBTNFor(const QString& mode) {
-    if (mode == QLatin1String("Pscan")) {
-        m_older.Add = { false, false, QStringLiteral("NSAddTemplate") };
-        m_older.scan.enabled = false;
-        m_older.iPhoto.enabled = false;
-        m_older.ResetNewScanBTN.enabled = false;
-    } else if (mode == QLatin1String("Cscan")) {
-        m_older.Add = { !m_state.DuplicateFileFolderArray.isEmpty(), false, QStringLiteral("NSGoLeftTemplate") };
-    } else if (mode == QLatin1String("main")) {
-        m_older.Add = { true, false, QStringLiteral("NSAddTemplate") };
-        m_older.iPhoto.enabled = true;
-        m_older.scan.enabled = !m_state.mainArray.isEmpty();
-        m_older.hintShown = m_state.mainArray.isEmpty();
-    }
-    validateMenus();
-}
-
-void AppDelegate::NewScanBack() {
-    if (m_state.isScanRunning)
-        return;
-    m_state.mainArray.clear();
-    m_state.DuplicateFileFolderArray.clear();
-    m_saveResultArray.clear();
-    m_older.ResetNewScanBTN.enabled = false;
-    m_resultViewObj->searchALL()->clear();
-    setViewsFor(QStringLiteral("Main"));
-    SetToolBarBTNFor(QStringLiteral("main"));
-    if (m_deleteingWindow)
-        m_deleteingWindow->closewindow();
 }

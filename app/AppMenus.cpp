@@ -33,11 +33,21 @@ void build(QMainWindow& window, AppDelegate& appDelegate) {
     QMenu* file = bar->addMenu(QStringLiteral("&File"));
     QObject::connect(addItem(file, QStringLiteral("Add Folder…"), AddFolder, QKeySequence(Qt::CTRL | Qt::Key_O)),
         &QAction::triggered, &appDelegate, &AppDelegate::AddFolder_Menubar);
-    QObject::connect(
-        addItem(file, QStringLiteral("Scan"), Scan), &QAction::triggered, &appDelegate, &AppDelegate::Scan_Menubar);
     file->addSeparator();
-    QObject::connect(addItem(file, QStringLiteral("New Scan"), NewScan), &QAction::triggered, &appDelegate,
-        &AppDelegate::NewScan_Menubar);
+    // The scan list: its own pages, the list scan and the photo-library scan.
+    QAction* scanList = file->addAction(QStringLiteral("Show Scan List"));
+    scanList->setObjectName(QStringLiteral("ShowScanList"));
+    scanList->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
+    scanList->setStatusTip(QStringLiteral("Scan a list of files and folders, or a photo library"));
+    QObject::connect(scanList, &QAction::triggered, &appDelegate, &AppDelegate::ShowScanList_Menubar);
+    QObject::connect(addItem(file, QStringLiteral("Scan"), Scan, QKeySequence(Qt::CTRL | Qt::Key_R)),
+        &QAction::triggered, &appDelegate, &AppDelegate::Scan_Menubar);
+    QObject::connect(addItem(file, QStringLiteral("Scan Photo Library…"), ScaniPhoto,
+                         QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P)),
+        &QAction::triggered, &appDelegate, &AppDelegate::ScaniPhoto_Menubar);
+    file->addSeparator();
+    QObject::connect(addItem(file, QStringLiteral("New Scan"), NewScan, QKeySequence(Qt::CTRL | Qt::Key_N)),
+        &QAction::triggered, &appDelegate, &AppDelegate::NewScan_Menubar);
     file->addSeparator();
     QObject::connect(addItem(file, QStringLiteral("Quit"), Quit, QKeySequence(Qt::CTRL | Qt::Key_Q)),
         &QAction::triggered, &window, &QMainWindow::close);
@@ -47,6 +57,12 @@ void build(QMainWindow& window, AppDelegate& appDelegate) {
         &QAction::triggered, &appDelegate, &AppDelegate::Findfile);
     QObject::connect(addItem(edit, QStringLiteral("Review Selected…"), ShowSelected), &QAction::triggered, &appDelegate,
         &AppDelegate::ShowSelected);
+    edit->addSeparator();
+    QObject::connect(addItem(edit, QStringLiteral("Select Duplicates…"), SelectAllDuplicate,
+                         QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)),
+        &QAction::triggered, &appDelegate, &AppDelegate::SelectAllDuplicate);
+    QObject::connect(addItem(edit, QStringLiteral("Deselect All"), DeselectAllDuplicate), &QAction::triggered,
+        &appDelegate, &AppDelegate::DeselectAll_Menubar);
     edit->addSeparator();
     QAction* preferences
         = addItem(edit, QStringLiteral("Preferences…"), Preferences, QKeySequence(Qt::CTRL | Qt::Key_Comma));

@@ -26,11 +26,11 @@ bool validateMenuItem(int tag, const State& state, bool isSetAsOriginal) {
         return state.scanEnabled;
     case ScaniPhoto:
         return state.iPhotoEnabled;
-    case SelectAllDuplicate:
+    case DeselectAllDuplicate:
         // Falls through to the rule of untagged items as well: a row must have been right-clicked.
         return !state.isMainScreen && state.selectDuplicateTitle == QLatin1String("Select All")
             && otherTag(state, isSetAsOriginal);
-    case DeselectAllDuplicate:
+    case SelectAllDuplicate:
         return !state.isMainScreen && state.selectDuplicateTitle != QLatin1String("Select All");
     case ShowSelected:
         return !state.isMainScreen && state.removeEnabled;
