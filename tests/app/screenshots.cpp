@@ -8,6 +8,7 @@
 #include "removal/DeletingPanel.h"
 #include "review/FileListModel.h"
 #include "review/GroupListModel.h"
+#include "review/Prompter.h"
 #include "review/resultView.h"
 #include "support/ScriptedPrompter.h"
 #include "support/TempTree.h"
@@ -43,7 +44,7 @@ void pause(int ms) {
 }
 
 void shoot(AppDelegate& app, const QString& file) {
-    pause(400); // past the fade-in and the resize
+    pause(900); // past the fade-ins (the scan list pages take 0.7 s) and the resize
     app.window()->grab().save(file);
     std::printf("%s\n", qPrintable(file));
 }
@@ -182,6 +183,22 @@ int main(int argc, char* argv[]) {
     review->closeCongoWindow();
     review->closewindow();
     app.backButtonAction_toolbar();
+
+    // The scan list's main page, then its result page after a photo-library scan of the demo
+    // pictures, newest kept.
+    app.ShowScanList_Menubar();
+    app.addDragFile({ demo + "/Documents", demo + "/Music", demo + "/Documents/Notes.txt" });
+    shoot(app, out + QStringLiteral("/scan-list.png"));
+    prompter.expectAlert(Prompter::FirstButton, false, 1);
+    prompter.expectPanel(Prompter::OK, { demo + "/Pictures" });
+    app.ScanIphotoPictures();
+    waitUntil([&] { return app.state().isScanRunning.load(); }, 2000);
+    waitUntil([&] { return !app.state().isScanRunning; }, 60000);
+    pause(1200); // past the list's first filtering
+    app.keepNewestAction();
+    shoot(app, out + QStringLiteral("/scan-list-result.png"));
+    app.NewScanBack();
+
     setup->checkAndReloadTableView({ big });
     app.nextButtonAction_toolbar();
     pause(1200);
