@@ -279,6 +279,8 @@ private:
     // Takes the scan list's lists into the result page again: rebuilt after a search, a type or a
     // new result, only redrawn after a change of the selection.
     void reloadOlderResult(bool rebuild);
+    // The files of the current group (`ReloadRow`) under the group list.
+    void showCurrentGroup();
     QSet<QByteArray> selectedUrls() const;
     // After a change of the scan list's selection: the rows, the type figures and the status line.
     void selectionDidChange();

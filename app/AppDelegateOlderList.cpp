@@ -18,6 +18,14 @@
 #include <QPushButton>
 #include <QTableView>
 
+namespace {
+
+QString groupTitle(const GroupDictionary* group) {
+    return group ? PathBytes::display(PathBytes::lastPathComponent(group->original.url)) : QString();
+}
+
+} // namespace
+
 QSet<QByteArray> AppDelegate::selectedUrls() const {
     QSet<QByteArray> urls;
     urls.reserve(m_listSelection.SelectedFileFolderArray.size());
@@ -62,11 +70,18 @@ void AppDelegate::reloadOlderResult(bool rebuild) {
         page->fileModel()->refresh(current, chosen);
     }
     page->setCurrentGroupRow(static_cast<int>(row));
-    page->setCurrentGroupTitle(
-        current ? PathBytes::display(PathBytes::lastPathComponent(current->original.url)) : QString());
+    page->setCurrentGroupTitle(groupTitle(current));
     page->setNothingShown(groups.isEmpty());
     const QString direction = m_listModel.a2z ? QStringLiteral(" ↑") : QStringLiteral(" ↓");
     page->setSortItems(m_listModel.sortItemTitles, m_listModel.sortItemChecked, m_listModel.typeSort + direction);
+}
+
+void AppDelegate::showCurrentGroup() {
+    const QList<GroupDictionary>& groups = m_state.DuplicateFileFolderArray;
+    const qsizetype row = m_listSelection.ReloadRow;
+    const GroupDictionary* current = row >= 0 && row < groups.size() ? &groups[row] : nullptr;
+    m_ResultScreenObj->fileModel()->reload(current, selectedUrls());
+    m_ResultScreenObj->setCurrentGroupTitle(groupTitle(current));
 }
 
 void AppDelegate::selectionDidChange() {
@@ -109,9 +124,10 @@ void AppDelegate::chooseTypeRow(int row) {
 void AppDelegate::chooseGroupRow(int row) {
     if (m_listScanRunning || row < 0 || row >= m_state.DuplicateFileFolderArray.size())
         return;
+    // Only the file list follows: the group list stays as it is under the click.
     m_listSelection.ReloadRow = row;
     m_selRowRightClick = -1;
-    reloadOlderResult(true);
+    showCurrentGroup();
     m_ResultScreenObj->sameList()->scrollToTop();
 }
 

@@ -5,10 +5,10 @@
 #include "review/ListSelection.h"
 #include "review/TextCompare.h"
 
-#include <QHash>
 #include <QSet>
 #include <algorithm>
-#include <functional>
+#include <numeric>
+#include <vector>
 
 ListModel::ListModel(ScanState& state, ListSelection& selection)
     : m_state(state)
@@ -41,53 +41,69 @@ void ListModel::sortResult(const QString& title) {
 }
 
 bool ListModel::sortBy(const QString& title) {
-    using Less = std::function<bool(const GroupDictionary&, const GroupDictionary&)>;
+    // Every key is worked out once per group and the groups are then placed by a stable sort of
+    // their indexes: folding texts at each comparison would cost seconds on large results.
+    QList<GroupDictionary>& groups = m_state.DuplicateFileFolderArray;
+    std::vector<qsizetype> order(static_cast<size_t>(groups.size()));
+    std::iota(order.begin(), order.end(), qsizetype(0));
     const bool ascending = a2z;
-    auto byNumber = [ascending](auto key) -> Less {
-        return [ascending, key](const GroupDictionary& a, const GroupDictionary& b) {
-            return ascending ? key(a) < key(b) : key(b) < key(a);
-        };
+    auto sortByNumber = [&](auto key) {
+        std::vector<qint64> keys;
+        keys.reserve(order.size());
+        for (const GroupDictionary& group : std::as_const(groups))
+            keys.push_back(key(group));
+        std::stable_sort(order.begin(), order.end(), [&keys, ascending](qsizetype a, qsizetype b) {
+            const auto left = static_cast<size_t>(a);
+            const auto right = static_cast<size_t>(b);
+            return ascending ? keys[left] < keys[right] : keys[right] < keys[left];
+        });
     };
-    auto byText = [ascending](auto key) -> Less {
-        return [ascending, key](const GroupDictionary& a, const GroupDictionary& b) {
-            const int order = TextCompare::caseInsensitiveCompare(key(a), key(b));
-            return ascending ? order < 0 : order > 0;
-        };
+    auto sortByText = [&](auto text) {
+        std::vector<QList<char32_t>> keys;
+        keys.reserve(order.size());
+        for (const GroupDictionary& group : std::as_const(groups))
+            keys.push_back(TextCompare::caseInsensitiveKey(text(group)));
+        std::stable_sort(order.begin(), order.end(), [&keys, ascending](qsizetype a, qsizetype b) {
+            const QList<char32_t>& left = keys[static_cast<size_t>(a)];
+            const QList<char32_t>& right = keys[static_cast<size_t>(b)];
+            return ascending ? std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end())
+                             : std::lexicographical_compare(right.begin(), right.end(), left.begin(), left.end());
+        });
     };
 
-    Less less;
     if (title == QLatin1String("Original Filename")) {
-        less = byText(
+        sortByText(
             [](const GroupDictionary& g) { return PathBytes::display(PathBytes::lastPathComponent(g.original.url)); });
     } else if (title == QLatin1String("Duplicate Count")) {
-        less = byNumber([](const GroupDictionary& g) { return static_cast<double>(g.SameFileList.size()); });
+        sortByNumber([](const GroupDictionary& g) { return static_cast<qint64>(g.SameFileList.size()); });
     } else if (title == QLatin1String("Duplicate Type")) {
         // A member without a type compares as an empty text.
-        less = byText([](const GroupDictionary& g) { return g.original.type.value_or(QString()); });
+        sortByText([](const GroupDictionary& g) { return g.original.type.value_or(QString()); });
     } else if (title == QLatin1String("Wasted Size")) {
-        less = byNumber([](const GroupDictionary& g) {
+        sortByNumber([](const GroupDictionary& g) {
             qint64 sum = 0;
             for (const FileDictionary& file : g.SameFileList)
                 sum += file.FileSize;
             return sum;
         });
     } else if (title == QLatin1String("Duplicate Selected")) {
-        // Counted once per group against a set of the chosen paths, not once per comparison.
         QSet<QByteArray> chosen;
         for (const FileDictionary& file : m_selection.SelectedFileFolderArray)
             chosen.insert(file.url);
-        QHash<QByteArray, qsizetype> counts;
-        for (const GroupDictionary& group : std::as_const(m_state.DuplicateFileFolderArray)) {
-            qsizetype count = 0;
-            for (const FileDictionary& file : group.SameFileList)
+        sortByNumber([&chosen](const GroupDictionary& g) {
+            qint64 count = 0;
+            for (const FileDictionary& file : g.SameFileList)
                 count += chosen.contains(file.url) ? 1 : 0;
-            counts.insert(group.original.url, count);
-        }
-        less = byNumber([counts](const GroupDictionary& g) { return counts.value(g.original.url); });
+            return count;
+        });
     } else {
         return false;
     }
-    std::stable_sort(m_state.DuplicateFileFolderArray.begin(), m_state.DuplicateFileFolderArray.end(), less);
+    QList<GroupDictionary> sorted;
+    sorted.reserve(groups.size());
+    for (const qsizetype index : order)
+        sorted.append(groups.at(index));
+    groups = std::move(sorted);
     return true;
 }
 

@@ -55,6 +55,10 @@ QList<char32_t> foldedCodePoints(const QString& text) {
 
 } // namespace
 
+QList<char32_t> caseInsensitiveKey(const QString& text) {
+    return foldedCodePoints(text);
+}
+
 int caseInsensitiveCompare(const QString& a, const QString& b) {
     const QList<char32_t> left = foldedCodePoints(a);
     const QList<char32_t> right = foldedCodePoints(b);

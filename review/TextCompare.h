@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 
 // The two text comparisons of the result lists.
@@ -10,6 +11,9 @@ namespace TextCompare {
 // No collation and no numeric order: "file10" comes before "file9", "_" before "z".
 // Answers -1, 0 or +1.
 int caseInsensitiveCompare(const QString& a, const QString& b);
+// The code points that comparison works on: comparing two keys lexicographically gives the same
+// order, so a sort can fold each text once.
+QList<char32_t> caseInsensitiveKey(const QString& text);
 
 // Plain substring test ignoring case: both texts composed (NFC) and case folded. No wildcards; the
 // needle is taken as it stands, and an empty needle matches nothing.
