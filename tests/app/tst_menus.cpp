@@ -1,8 +1,8 @@
 #include "AppFixture.h"
 
 #include "app/AppMenus.h"
-#include "app/PreferenceWindow.h"
 #include "app/MenuRules.h"
+#include "app/PreferenceWindow.h"
 #include "review/resultView.h"
 
 #include <QAction>
@@ -12,7 +12,7 @@
 
 namespace {
 
-const QList<int> kTags { 10, 11, 12, 23, 100, 200, 300 };
+const QList<int> kTags { 10, 11, 12, 13, 20, 21, 23, 100, 200, 300 };
 
 QList<int> enabledTags(AppFixture& f) {
     f.app->validateMenus();
@@ -35,10 +35,11 @@ private slots:
         QTest::addColumn<QString>("situation");
         QTest::addColumn<QList<int>>("enabled");
         QTest::addColumn<bool>("fullScreen");
-        QTest::newRow("setup") << "setup" << QList<int> { 11, 100, 200, 300 } << false;
-        QTest::newRow("scanning screen") << "scanning" << QList<int> { 100, 200, 300 } << false;
-        QTest::newRow("result screen") << "result" << QList<int> { 23, 100, 200, 300 } << true;
-        QTest::newRow("older list filled") << "older list" << QList<int> { 11, 12, 100, 200, 300 } << false;
+        QTest::newRow("setup") << "setup" << QList<int> { 11, 13, 100, 200, 300 } << false;
+        QTest::newRow("scanning screen") << "scanning" << QList<int> { 13, 21, 100, 200, 300 } << false;
+        QTest::newRow("result screen") << "result" << QList<int> { 13, 21, 23, 100, 200, 300 } << true;
+        QTest::newRow("older list filled") << "older list" << QList<int> { 11, 12, 13, 100, 200, 300 } << false;
+        // No second scan starts while one runs.
         QTest::newRow("a scan runs") << "running" << QList<int> { 11, 100, 200, 300 } << false;
     }
     void theWindowFollowsTheRules() {
