@@ -59,6 +59,7 @@ AppDelegate::~AppDelegate() {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
     // Child windows of the main window go first.
     m_deleteingWindow.reset();
+    m_scanListReview.reset();
     m_setting.reset();
     m_window.reset();
     if (s_instance == this)

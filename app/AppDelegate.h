@@ -2,16 +2,17 @@
 
 #include "app/MenuRules.h"
 #include "app/OlderToolbarItems.h"
+#include "app/ScanListReview.h"
 #include "detect/GroupDictionary.h"
 #include "engine/ScanObserver.h"
 #include "engine/ScanState.h"
 #include "engine/SettingsStore.h"
 #include "removal/RemovalReview.h"
-#include "review/ResultLists.h"
-#include "review/Selection.h"
 #include "review/ListModel.h"
 #include "review/ListSelection.h"
 #include "review/Prompter.h"
+#include "review/ResultLists.h"
+#include "review/Selection.h"
 
 #include <QObject>
 #include <QSet>
@@ -235,8 +236,11 @@ public slots:
     void NewScan_Menubar();
     void SelectAllDuplicate();
     void DeselectAll_Menubar();
-    // `_Remove`: the removal review of the chosen copies.
+    // `_Remove`: the removal review of the scan list's chosen copies; when it has closed, the scan
+    // list's result takes what is left (scanListReviewDidFinish).
     void openRemovalReviewFromScanList();
+    void scanListReviewDidFinish(const ScanListReview::Outcome& outcome);
+    ScanListReview* scanListReview() const { return m_scanListReview.get(); }
     void minimizeToogle();
     // Shows the preferences window, filled from the current settings.
     void showPreferences();
@@ -323,6 +327,7 @@ private:
     QMenu* m_rightClickMenu = nullptr;
     PreviewWindow* m_previewWindow = nullptr;
     std::unique_ptr<FileActions> m_fileActions;
+    std::unique_ptr<ScanListReview> m_scanListReview;
     // A list scan runs (from its start to its ending), so the live figures go to the pages.
     bool m_listScanRunning = false;
 

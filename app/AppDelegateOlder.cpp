@@ -7,8 +7,10 @@
 #include "app/OlderToolbar.h"
 #include "app/mainScreen.h"
 #include "app/mainView.h"
-#include "removal/DeletingPanel.h"
+#include "app/progressView.h"
 #include "engine/Log.h"
+#include "removal/DeletingPanel.h"
+#include "removal/RemovalTexts.h"
 #include "review/FileActions.h"
 #include "review/OlderFileModel.h"
 #include "review/ResultScreen.h"
@@ -196,17 +198,70 @@ void AppDelegate::NewScanBack() {
     m_olderPages->showPage(m_mainScreenObj);
     SetToolBarBTNFor(QStringLiteral("main"));
     m_StatusWindowObj->closein();
+    // A new scan starts over as the new-scan button of the result screen does: empty setup screen.
+    m_mainViewObj->emptyFolderList();
+    m_progressViewObj->resetFigures();
     makeWindowFor(0);
-    makeToolbarItem(m_mainViewObj->folderList().isEmpty() ? 0 : 1);
+    makeToolbarItem(0);
 }
 
 void AppDelegate::closeRemovalReview() {
     if (m_deleteingWindow)
         m_deleteingWindow->closewindow();
+    if (m_scanListReview)
+        m_scanListReview->close();
 }
 
 void AppDelegate::openRemovalReviewFromScanList() {
-    DeleteSelecteditem();
+    if (m_listScanRunning || m_listSelection.SelectedFileFolderArray.isEmpty())
+        return;
+    if (!m_scanListReview) {
+        m_scanListReview = std::make_unique<ScanListReview>(m_prompter, m_window.get());
+        connect(m_scanListReview.get(), &ScanListReview::finished, this, &AppDelegate::scanListReviewDidFinish);
+    }
+    m_scanListReview->open(m_listModel.saveResultArray, m_listSelection.SelectedFileFolderArray);
+}
+
+void AppDelegate::scanListReviewDidFinish(const ScanListReview::Outcome& outcome) {
+    m_listModel.saveResultArray = outcome.groups;
+    m_listSelection.SelectedFileFolderArray = outcome.chosen;
+    qint64 count = 0;
+    qint64 wasted = 0;
+    QStringList types { QStringLiteral("All") };
+    for (const GroupDictionary& group : outcome.groups) {
+        count += group.SameFileList.size();
+        wasted += group.SameFileList.isEmpty() ? 0 : group.SameFileList.first().FileSize * group.SameFileList.size();
+        const QString type = group.original.type.value_or(QString());
+        if (types.size() <= 6 && !types.contains(type))
+            types.append(type);
+    }
+    m_state.totalDuplicateCountFolder = count;
+    m_state.DuplicateWastedSpace = wasted;
+    m_state.filterSegmentItem = types;
+    m_listModel.makeListOfTypes();
+    m_ReloadRowMain
+        = static_cast<int>(std::max<qsizetype>(0, m_state.filterSegmentItem.indexOf(m_listModel.segmentType)));
+    m_listModel.segmentType = m_state.filterSegmentItem.value(m_ReloadRowMain, QStringLiteral("All"));
+    if (outcome.chosen.isEmpty())
+        m_older.selectDuplicateTitle = QStringLiteral("Select Duplicates");
+
+    if (!outcome.groups.isEmpty()) {
+        FilterItemList();
+        setBottomStatus();
+        return;
+    }
+    // Every group is gone: the scan list's main page, with the message of a finished removal.
+    m_state.DuplicateFileFolderArray.clear();
+    m_older.showDuplicate.enabled = false;
+    reloadOlderResult(true);
+    setViewsFor(QStringLiteral("Main"));
+    SetToolBarBTNFor(QStringLiteral("main"));
+    m_older.bottomStatus = RemovalTexts::allRemovedInformative();
+    applyOlderItems();
+    Prompter::Alert alert;
+    alert.messageText = RemovalTexts::allRemovedMessage();
+    alert.informativeText = RemovalTexts::allRemovedInformative();
+    m_prompter.runAlert(alert);
 }
 
 void AppDelegate::addDragFile(const QList<QByteArray>& paths, int row) {
@@ -272,8 +327,16 @@ void AppDelegate::ShowScanList_Menubar() {
 }
 
 void AppDelegate::SelectAllDuplicate() {
-    if (validateMenuItem(MenuRules::SelectAllDuplicate))
-        AddAllInDuplicateList();
+    if (!validateMenuItem(MenuRules::SelectAllDuplicate))
+        return;
+    // On the folder scan's result screen the command opens that screen's automatic choice.
+    if (!isOlderViewShown() && m_typewindow == 2) {
+        QPushButton* autoSelect = m_resultViewObj->autoSelectBTN();
+        if (autoSelect->isEnabled() && autoSelect->menu())
+            autoSelect->menu()->popup(autoSelect->mapToGlobal(QPoint(0, autoSelect->height())));
+        return;
+    }
+    AddAllInDuplicateList();
 }
 
 void AppDelegate::DeselectAll_Menubar() {

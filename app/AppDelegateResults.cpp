@@ -57,7 +57,12 @@ void AppDelegate::removeSelectedFiles() {
 }
 
 void AppDelegate::ShowSelected() {
-    if (validateMenuItem(MenuRules::ShowSelected))
+    if (!validateMenuItem(MenuRules::ShowSelected))
+        return;
+    // On the scan list's pages the command reviews the scan list's chosen copies.
+    if (isOlderViewShown())
+        openRemovalReviewFromScanList();
+    else
         DeleteSelecteditem();
 }
 

@@ -360,13 +360,16 @@ private slots:
             QStringLiteral("https://www.facebook.com/sharer/sharer.php?u=https%3A%2F%2Ftwinsift.app%2F&quote=")
                 + QString::fromLatin1(QUrl::toPercentEncoding(text)));
 
-        // OK: the panel closes, the older selection empties, and the review returns to the results.
+        // OK: the panel closes, the older selection empties, the review closes, and a new scan
+        // starts on the empty setup screen.
         QTest::mouseClick(panel->OkBTN(), Qt::LeftButton);
         QVERIFY(!panel->isVisible());
         QCOMPARE(panel->result(), DeletingPanel::returnCode);
         QVERIFY(f.app->SelectedFileFolderArray().isEmpty());
         QVERIFY(!sheet->isVisible());
-        QCOMPARE(f.app->typetoolbar(), 6);
+        QCOMPARE(f.app->typewindow(), 0);
+        QCOMPARE(f.app->typetoolbar(), 0);
+        QVERIFY(f.setup()->folderList().isEmpty());
         QCOMPARE(f.app->state().duplicateMainArray.size(), 3);
     }
 

@@ -11,6 +11,7 @@
 #include "app/mainScreen.h"
 #include "controls/StripedProgressBar.h"
 #include "engine/PathBytes.h"
+#include "removal/DeletingPanel.h"
 #include "review/ByteCountFormatter.h"
 #include "review/OlderFileModel.h"
 #include "review/OlderGroupModel.h"
@@ -19,6 +20,7 @@
 #include "review/ResultScreen.h"
 #include "review/StatusTexts.h"
 #include "review/StatusWindow.h"
+#include "review/resultView.h"
 
 #include <QAbstractButton>
 #include <QAction>
@@ -395,6 +397,88 @@ private slots:
         QVERIFY(f.app->previewWindow() && f.app->previewWindow()->isVisible());
         f.app->QuickLookInIB();
         QVERIFY(!f.app->previewWindow()->isVisible());
+    }
+
+    void theChosenCopiesGoThroughTheReview() {
+        TempTree tree;
+        const QByteArray target = makeTarget(tree);
+        AppFixture f;
+        scanFromTheMenu(f, target);
+        ResultScreen* page = f.app->ResultScreenObj();
+        QToolButton* remove = f.app->olderPages()->toolbar()->Remove();
+
+        // The review lists the scan list's chosen copies; a dropped row and "Cancel" leave the
+        // groups and the disk as they were, and the selection without that row.
+        page->keepNewestItem()->trigger();
+        QTest::mouseClick(remove, Qt::LeftButton);
+        DeletingPanel* sheet = f.app->scanListReview()->panel();
+        QVERIFY(sheet && sheet->isVisible());
+        QCOMPARE(sheet->review().numberOfRows(), 4);
+        const QByteArray dropped = sheet->review().fileAtRow(0)->urlFile();
+        sheet->removefromlist(0);
+        QTest::mouseClick(sheet->back(), Qt::LeftButton);
+        QVERIFY(!sheet->isVisible());
+        QCOMPARE(f.app->SelectedFileFolderArray().size(), 3);
+        QVERIFY(std::none_of(f.app->SelectedFileFolderArray().cbegin(), f.app->SelectedFileFolderArray().cend(),
+            [&dropped](const FileDictionary& file) { return file.url == dropped; }));
+        QCOMPARE(f.app->saveResultArray().size(), 3);
+
+        // One copy of the three texts goes to the trash: that group keeps two, the others stay
+        // whole, and nothing else on disk changes.
+        page->deselectAllItem()->trigger();
+        chooseGroup(f, QStringLiteral("t1.txt"));
+        const QByteArray gone = page->fileModel()->pathAt(2);
+        QAbstractItemModel* files = page->fileModel();
+        files->setData(files->index(2, 0), Qt::Checked, Qt::CheckStateRole);
+        QTest::mouseClick(remove, Qt::LeftButton);
+        QVERIFY(sheet->isVisible());
+        QCOMPARE(sheet->review().numberOfRows(), 1);
+        f.prompter.expectAlert(Prompter::FirstButton, false, 0); // "Yes", Move to Trash
+        QTest::mouseClick(sheet->tDelete(), Qt::LeftButton);
+        QTRY_VERIFY(!sheet->isVisible());
+        QVERIFY(!QFile::exists(QString::fromUtf8(gone)));
+        for (const char* kept :
+            { "target/A/p1.jpg", "target/B/p2.jpg", "target/A/o1.bin", "target/C/o2.bin", "target/C/solo.bin" })
+            QVERIFY2(tree.exists(kept), kept);
+        QCOMPARE(f.app->saveResultArray().size(), 3);
+        QVERIFY(f.app->SelectedFileFolderArray().isEmpty());
+        const qsizetype texts = shownOriginals(f).indexOf(QStringLiteral("t1.txt"));
+        QCOMPARE(page->groupModel()->index(static_cast<int>(texts), OlderGroupModel::SelectedColumn).data().toString(),
+            QStringLiteral("0 of 2"));
+        QCOMPARE(f.app->state().totalDuplicateCountFolder.load(), 6);
+        QVERIFY(f.app->olderPages()->bottomStatus()->text().startsWith(QStringLiteral("6 Duplicates (")));
+
+        // Every group's spare copies: the scan list's main page comes back with the message.
+        page->keepOldestItem()->trigger();
+        QTest::mouseClick(remove, Qt::LeftButton);
+        f.prompter.expectAlert(Prompter::FirstButton, false, 0);
+        f.prompter.expectAlert(Prompter::FirstButton);
+        QTest::mouseClick(sheet->tDelete(), Qt::LeftButton);
+        QTRY_VERIFY(f.app->isMainScreen());
+        QCOMPARE(f.prompter.alertsShown.last().informativeText, QStringLiteral("Successfully removed all duplicates."));
+        QVERIFY(f.app->saveResultArray().isEmpty());
+        QVERIFY(!f.app->olderPages()->toolbar()->showDuplicate()->isEnabled());
+        QVERIFY(tree.exists("target/C/solo.bin"));
+        QVERIFY(f.prompter.allAnswered());
+    }
+
+    void theSelectCommandFollowsTheScreenShown() {
+        TempTree tree;
+        tree.sizedFile("one/a.bin", 120000, 'a');
+        tree.sizedFile("two/a.bin", 120000, 'a');
+        AppFixture f;
+        f.setup()->checkAndReloadTableView({ tree.path("one"), tree.path("two") });
+        f.app->nextButtonAction_toolbar();
+        QTRY_COMPARE_WITH_TIMEOUT(f.app->typetoolbar(), 4, kScanTimeoutMs);
+        f.app->nextButtonAction_toolbar();
+        QCOMPARE(f.app->typewindow(), 2);
+        // The folder scan's result screen: the command opens its automatic choice.
+        menuItem(f, MenuRules::SelectAllDuplicate)->trigger();
+        QTRY_COMPARE(QApplication::activePopupWidget(), f.app->resultViewObj()->autoSelectBTN()->menu());
+        QApplication::activePopupWidget()->close();
+        // The scan list's main page takes no selection command.
+        f.app->ShowScanList_Menubar();
+        QVERIFY(!menuItem(f, MenuRules::SelectAllDuplicate)->isEnabled());
     }
 
     void theStatusPopoverShowsTheScanFigures() {
