@@ -207,12 +207,17 @@ void MainToolbar::mousePressEvent(QMouseEvent* event) {
     QWidget::mousePressEvent(event);
 }
 
-void MainToolbar::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    QLinearGradient gradient(0, 0, 0, height());
+void paintToolbarBackground(QPainter& painter, const QWidget& toolbar) {
+    const int height = toolbar.height();
+    QLinearGradient gradient(0, 0, 0, height);
     gradient.setColorAt(0.0, QColor(0xf6, 0xf7, 0xf9));
     gradient.setColorAt(1.0, QColor(0xe4, 0xe7, 0xeb));
-    painter.fillRect(rect(), gradient);
+    painter.fillRect(toolbar.rect(), gradient);
     painter.setPen(QColor(0xc4, 0xc8, 0xce));
-    painter.drawLine(0, height() - 1, width(), height() - 1);
+    painter.drawLine(0, height - 1, toolbar.width(), height - 1);
+}
+
+void MainToolbar::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    paintToolbarBackground(painter, *this);
 }

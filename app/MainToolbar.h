@@ -3,6 +3,7 @@
 #include <QWidget>
 
 class QLabel;
+class QPainter;
 class QPushButton;
 class QShortcut;
 class StripedProgressBar;
@@ -58,3 +59,6 @@ private:
     QString m_plainText;
     qreal m_textLeftSpace = 8.0;
 };
+
+// The toolbar's light vertical gradient with a hairline at its bottom edge, shared by both toolbars.
+void paintToolbarBackground(QPainter& painter, const QWidget& toolbar);

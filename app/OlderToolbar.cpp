@@ -1,10 +1,11 @@
 #include "app/OlderToolbar.h"
 
+#include "app/MainToolbar.h"
+
 #include "controls/StripedProgressBar.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLinearGradient>
 #include <QPainter>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -127,10 +128,5 @@ void OlderToolbar::setProgress(bool scanning, bool grouping, double fraction) {
 
 void OlderToolbar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    QLinearGradient gradient(0, 0, 0, height());
-    gradient.setColorAt(0.0, QColor(0xf6, 0xf7, 0xf9));
-    gradient.setColorAt(1.0, QColor(0xe4, 0xe7, 0xeb));
-    painter.fillRect(rect(), gradient);
-    painter.setPen(QColor(0xc4, 0xc8, 0xce));
-    painter.drawLine(0, height() - 1, width(), height() - 1);
+    paintToolbarBackground(painter, *this);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/TempTree.h"
+
 #include <QByteArray>
 #include <QMap>
 #include <dirent.h>
@@ -40,13 +42,7 @@ inline void snapshotInto(const QByteArray& root, const QByteArray& relative, QMa
     DIR* dir = ::opendir(folder.constData());
     if (!dir)
         return;
-    QList<QByteArray> names;
-    while (const dirent* entry = ::readdir(dir)) {
-        const QByteArray name(entry->d_name);
-        if (name != "." && name != "..")
-            names.append(name);
-    }
-    ::closedir(dir);
+    const QList<QByteArray> names = takeEntryNames(dir);
     for (const QByteArray& name : names) {
         const QByteArray rel = relative.isEmpty() ? name : relative + '/' + name;
         const QByteArray path = root + '/' + rel;

@@ -6,13 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
-
-// Removes everything below an open folder by bytes: QDir cannot see names that are not UTF-8.
-void removeContents(int dirFd) {
-    DIR* dir = ::fdopendir(::dup(dirFd));
-    if (!dir)
-        return;
+QList<QByteArray> takeEntryNames(DIR* dir) {
     QList<QByteArray> names;
     while (const dirent* entry = ::readdir(dir)) {
         const QByteArray name(entry->d_name);
@@ -20,6 +14,17 @@ void removeContents(int dirFd) {
             names.append(name);
     }
     ::closedir(dir);
+    return names;
+}
+
+namespace {
+
+// Removes everything below an open folder by bytes: QDir cannot see names that are not UTF-8.
+void removeContents(int dirFd) {
+    DIR* dir = ::fdopendir(::dup(dirFd));
+    if (!dir)
+        return;
+    const QList<QByteArray> names = takeEntryNames(dir);
     for (const QByteArray& name : names) {
         if (::unlinkat(dirFd, name.constData(), 0) == 0)
             continue;

@@ -1,7 +1,12 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QTemporaryDir>
+#include <dirent.h>
+
+// The names in an open folder, without "." and "..", as bytes; closes the folder.
+QList<QByteArray> takeEntryNames(DIR* dir);
 
 // A folder tree made on disk for one test: files with given bytes, folders, links, hidden items
 // and names that are not valid UTF-8. Paths are bytes, relative to the tree's root unless absolute.
