@@ -1,5 +1,7 @@
 #include "app/CommandLineRemoval.h"
 
+#include "app/ResultWriter.h"
+
 #include "engine/ScanState.h"
 #include "removal/RemovalReview.h"
 #include "review/ResultLists.h"
@@ -20,10 +22,6 @@ void writeLine(std::FILE* out, const QByteArray& line) {
 
 QByteArray fileLine(const QByteArray& word, const QByteArray& path, const QByteArray& kept) {
     return word + '\t' + escapedPath(path) + '\t' + escapedPath(kept);
-}
-
-QByteArray plural(qsizetype count, const char* one, const char* many) {
-    return QByteArray::number(count) + ' ' + (count == 1 ? one : many);
 }
 
 } // namespace
@@ -81,8 +79,9 @@ int run(ScanState& state, const Request& request, std::FILE* out) {
             writeLine(out, fileLine(word, file->urlFile(), group ? group->original() : QByteArray()));
             bytes += group ? group->sizeFile() : 0;
         }
-        QByteArray summary = "# " + plural(chosen.size(), "file", "files") + " chosen in "
-            + plural(groups, "group", "groups") + " (" + StatusTexts::convertNumberToString(bytes).toUtf8() + ")";
+        QByteArray summary = "# " + ResultWriter::counted(chosen.size(), "file", "files") + " chosen in "
+            + ResultWriter::counted(groups, "group", "groups") + " ("
+            + StatusTexts::convertNumberToString(bytes).toUtf8() + ")";
         if (request.action)
             summary += "; nothing changed: add --yes to " + actionWord(*request.action) + " them";
         writeLine(out, summary);
@@ -107,8 +106,8 @@ int run(ScanState& state, const Request& request, std::FILE* out) {
     review.refreshAndReload();
     writeLine(out,
         "# " + QByteArray::number(outcomes.size() - failed) + " done, " + QByteArray::number(failed)
-            + " failed; left: " + plural(state.duplicateMainArray.size(), "group", "groups") + ", "
-            + QByteArray::number(state.totalDuplicateCount.load()) + " duplicates taking "
+            + " failed; left: " + ResultWriter::counted(state.duplicateMainArray.size(), "group", "groups") + ", "
+            + ResultWriter::counted(state.totalDuplicateCount.load(), "duplicate", "duplicates") + " taking "
             + StatusTexts::convertNumberToString(static_cast<qint64>(state.wastedSpaceDuplicates.load())).toUtf8());
     std::fflush(out);
     return failed > 0 ? 1 : 0;

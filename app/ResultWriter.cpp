@@ -135,14 +135,18 @@ QByteArray writeText(const Summary& summary) {
             out += row.path + '\n';
         out += '\n';
     }
-    out += "# " + QByteArray::number(summary.groups.size()) + " groups, "
-        + QByteArray::number(summary.totalDuplicateCount) + " duplicates taking "
+    out += "# " + counted(summary.groups.size(), "group", "groups") + ", "
+        + counted(summary.totalDuplicateCount, "duplicate", "duplicates") + " taking "
         + ByteCountFormatter::decimal(summary.wastedSpace).toUtf8() + ", "
         + ByteCountFormatter::grouped(summary.totalCount).toUtf8() + " items scanned\n";
     return out;
 }
 
 } // namespace
+
+QByteArray counted(qsizetype count, const char* one, const char* many) {
+    return QByteArray::number(count) + ' ' + (count == 1 ? one : many);
+}
 
 QByteArray jsonString(const QByteArray& bytes) {
     const QString text = PathBytes::decodeSurrogateEscape(bytes);

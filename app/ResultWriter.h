@@ -20,6 +20,8 @@ QByteArray write(const ScanState& state, Source source, Format format);
 
 // A JSON string literal for a byte path.
 QByteArray jsonString(const QByteArray& bytes);
+// "1 group", "2 groups": a count with its noun in the right number.
+QByteArray counted(qsizetype count, const char* one, const char* many);
 // "2026-11-21T10:00:00.123Z"
 QByteArray isoUtc(qint64 nanosecondsSinceEpoch);
 
