@@ -4,9 +4,33 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QMessageBox>
 #include <QPushButton>
+
+namespace {
+
+// An alert's pop-up goes between its texts and its buttons, where it is read before answering.
+// The box builds a new layout whenever its informative text changes, so this runs again then.
+void placeAboveButtons(QMessageBox& box, QWidget* popUp) {
+    auto* grid = qobject_cast<QGridLayout*>(box.layout());
+    if (!grid || grid->indexOf(popUp) >= 0)
+        return;
+    auto* buttons = box.findChild<QDialogButtonBox*>();
+    const int index = buttons ? grid->indexOf(buttons) : -1;
+    if (index < 0) {
+        grid->addWidget(popUp, grid->rowCount(), 1, 1, grid->columnCount() - 1);
+        return;
+    }
+    int row = 0, column = 0, rowSpan = 0, columnSpan = 0;
+    grid->getItemPosition(index, &row, &column, &rowSpan, &columnSpan);
+    grid->removeWidget(buttons);
+    grid->addWidget(popUp, row, 1, 1, grid->columnCount() - 1);
+    grid->addWidget(buttons, row + 1, column, rowSpan, columnSpan);
+}
+
+} // namespace
 
 WidgetPrompter::WidgetPrompter(QWidget* window)
     : m_window(window) { }
@@ -40,14 +64,15 @@ Prompter::AlertAnswer WidgetPrompter::runAlert(Alert& alert) {
         popUp = new QComboBox(&box);
         popUp->addItems(alert.popUpItems);
         popUp->setCurrentIndex(alert.popUpIndex);
-        if (auto* grid = qobject_cast<QGridLayout*>(box.layout()))
-            grid->addWidget(popUp, grid->rowCount(), 1, 1, grid->columnCount() - 1);
-        QObject::connect(popUp, &QComboBox::currentIndexChanged, &box, [&alert, &box](int index) {
+        placeAboveButtons(box, popUp);
+        QObject::connect(popUp, &QComboBox::currentIndexChanged, &box, [&alert, &box, popUp](int index) {
             alert.popUpIndex = index;
             if (alert.popUpChanged) {
                 alert.popUpChanged(alert);
-                box.setText(alert.messageText);
                 box.setInformativeText(alert.informativeText);
+                placeAboveButtons(box, popUp);
+                // Setting the message last sizes the box to its new layout.
+                box.setText(alert.messageText);
             }
         });
     }

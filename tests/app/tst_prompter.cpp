@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
@@ -68,15 +69,34 @@ private slots:
         Prompter::Alert alert;
         alert.messageText = QStringLiteral("Move to Trash?");
         alert.popUpItems = QStringList { QStringLiteral("Move to Trash"), QStringLiteral("Permanent Delete") };
-        alert.popUpChanged = [](Prompter::Alert& a) { a.messageText = a.popUpItems[a.popUpIndex] + QLatin1Char('?'); };
+        alert.informativeText = QStringLiteral("Short.");
+        alert.popUpChanged = [](Prompter::Alert& a) {
+            a.messageText = a.popUpItems[a.popUpIndex] + QLatin1Char('?');
+            a.informativeText = QStringLiteral("A much longer explanation that has to wrap onto a second line, and "
+                                               "perhaps a third, once the box has reached its widest.");
+        };
         QString shownText;
-        whenShown<QMessageBox>([&shownText](QMessageBox* box) {
-            box->findChild<QComboBox*>()->setCurrentIndex(1);
+        QString shownInformative;
+        bool popUpAboveButtons = false;
+        bool buttonsInside = false;
+        whenShown<QMessageBox>([&](QMessageBox* box) {
+            auto* popUp = box->findChild<QComboBox*>();
+            popUp->setCurrentIndex(1);
             shownText = box->text();
+            shownInformative = box->informativeText();
+            // The new, longer texts rebuild the box's layout: the pop-up must stay in it, between
+            // the texts and the buttons, and the box must grow to hold everything.
+            box->layout()->activate();
+            const QRect buttons = box->findChild<QDialogButtonBox*>()->geometry();
+            popUpAboveButtons = box->layout()->indexOf(popUp) >= 0 && popUp->geometry().bottom() < buttons.top();
+            buttonsInside = buttons.bottom() < box->height();
             buttonTitled(box, QStringLiteral("OK"))->click();
         });
         const Prompter::AlertAnswer answer = prompter.runAlert(alert);
         QCOMPARE(shownText, QStringLiteral("Permanent Delete?"));
+        QVERIFY(shownInformative.startsWith(QStringLiteral("A much longer")));
+        QVERIFY(popUpAboveButtons);
+        QVERIFY(buttonsInside);
         QCOMPARE(answer.popUpIndex, 1);
     }
 
