@@ -6,6 +6,9 @@
 #include <QLabel>
 #include <QLayout>
 
+#include <algorithm>
+#include <sys/stat.h>
+
 namespace {
 
 // Leaves every row visible but takes away the enabled flag of the items the delegate refuses.
@@ -26,6 +29,11 @@ public:
 private:
     std::function<bool(const QByteArray&)> m_shouldEnable;
 };
+
+bool isDirectory(const QByteArray& path) {
+    struct stat st;
+    return ::stat(path.constData(), &st) == 0 && S_ISDIR(st.st_mode);
+}
 
 } // namespace
 
@@ -57,6 +65,13 @@ PanelDialog::PanelDialog(const Prompter::OpenPanel& panel, QWidget* parent)
         for (QAbstractItemView* view : findChildren<QAbstractItemView*>(QStringLiteral("treeView")))
             view->setSelectionMode(QAbstractItemView::ExtendedSelection);
     }
+    // The toolkit relabels its button "Open" while a folder is selected; here it chooses folders too.
+    if (panel.canChooseFiles && panel.canChooseDirectories && !panel.prompt.isEmpty()) {
+        // Queued: the toolkit sets its own label after this signal.
+        connect(
+            this, &QFileDialog::currentChanged, this, [this] { setLabelText(QFileDialog::Accept, m_panel.prompt); },
+            Qt::QueuedConnection);
+    }
     if (!panel.message.isEmpty()) {
         auto* message = new QLabel(panel.message, this);
         message->setWordWrap(true);
@@ -65,7 +80,7 @@ PanelDialog::PanelDialog(const Prompter::OpenPanel& panel, QWidget* parent)
     }
 }
 
-QList<QByteArray> PanelDialog::candidates() const {
+QList<QByteArray> PanelDialog::candidates(bool* fromSelection) const {
     QList<QByteArray> paths;
     // Selected rows of the visible view first: the line edit holds only one folder name.
     for (QAbstractItemView* view : findChildren<QAbstractItemView*>()) {
@@ -78,6 +93,7 @@ QList<QByteArray> PanelDialog::candidates() const {
                 paths.append(QFile::encodeName(path));
         }
     }
+    *fromSelection = !paths.isEmpty();
     if (paths.isEmpty()) {
         for (const QString& path : selectedFiles())
             paths.append(QFile::encodeName(path));
@@ -88,7 +104,8 @@ QList<QByteArray> PanelDialog::candidates() const {
 }
 
 void PanelDialog::accept() {
-    const QList<QByteArray> paths = candidates();
+    bool fromSelection = false;
+    const QList<QByteArray> paths = candidates(&fromSelection);
     if (m_panel.shouldEnable) {
         for (const QByteArray& path : paths) {
             if (!m_panel.shouldEnable(path))
@@ -96,5 +113,12 @@ void PanelDialog::accept() {
         }
     }
     m_chosen = paths;
+    // Where files and folders may both be chosen, the toolkit would open a folder picked in the
+    // list instead of choosing it; the panel's button chooses it. A typed folder is still opened.
+    if (m_panel.canChooseFiles && m_panel.canChooseDirectories && fromSelection
+        && std::any_of(paths.begin(), paths.end(), isDirectory)) {
+        QDialog::accept();
+        return;
+    }
     QFileDialog::accept();
 }

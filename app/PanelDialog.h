@@ -19,7 +19,8 @@ public slots:
     void accept() override;
 
 private:
-    QList<QByteArray> candidates() const;
+    // The items to choose; `fromSelection` tells whether they were picked in the list.
+    QList<QByteArray> candidates(bool* fromSelection) const;
 
     Prompter::OpenPanel m_panel;
     QList<QByteArray> m_chosen;

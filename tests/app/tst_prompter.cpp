@@ -2,6 +2,7 @@
 #include "app/WidgetPrompter.h"
 #include "support/TempTree.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -126,6 +127,42 @@ private slots:
 
         whenShown<PanelDialog>([](PanelDialog* dialog) { dialog->reject(); });
         QCOMPARE(prompter.runOpenPanel(panel).response, Prompter::Cancel);
+    }
+
+    void aFolderPickedInTheListIsChosenWhereFilesMayBeChosenToo() {
+        TempTree tree;
+        const QByteArray library = tree.folder("library");
+        tree.file("library/photo.jpg", "x");
+        WidgetPrompter prompter;
+        Prompter::OpenPanel panel;
+        panel.canChooseFiles = true;
+        panel.canChooseDirectories = true;
+        panel.prompt = QStringLiteral("Choose");
+        panel.directory = tree.root();
+        QString buttonText;
+        whenShown<PanelDialog>([&](PanelDialog* dialog) {
+            QAbstractItemView* view = nullptr;
+            for (QAbstractItemView* candidate : dialog->findChildren<QAbstractItemView*>()) {
+                if (candidate->isVisible() && candidate->objectName() == QLatin1String("treeView"))
+                    view = candidate;
+            }
+            if (!view)
+                return dialog->reject();
+            // Click the folder's row, as the user does.
+            (void)QTest::qWaitFor([view] { return view->model()->rowCount(view->rootIndex()) > 0; });
+            const QModelIndex row = view->model()->index(0, 0, view->rootIndex());
+            QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(row).center());
+            QAbstractButton* button = dialog->findChild<QDialogButtonBox*>()->buttons().first();
+            (void)QTest::qWaitFor([button] { return button->text() == QLatin1String("Choose"); }, 1000);
+            buttonText = button->text();
+            dialog->accept();
+            if (dialog->isVisible()) // it opened the folder instead of choosing it
+                dialog->reject();
+        });
+        const Prompter::PanelAnswer answer = prompter.runOpenPanel(panel);
+        QCOMPARE(buttonText, QStringLiteral("Choose"));
+        QCOMPARE(answer.response, Prompter::OK);
+        QCOMPARE(answer.urls, QList<QByteArray> { library });
     }
 
     void severalFoldersAtOnce() {
