@@ -4,7 +4,7 @@
 #include <QDateTime>
 #include <sys/types.h>
 
-// The desktop trash (freedesktop.org Trash specification) over byte paths.
+// The desktop trash, laid out as freedesktop.org describes for every desktop, over byte paths.
 //
 // An item on the file system of the home trash ($XDG_DATA_HOME/Trash, else
 // ~/.local/share/Trash, made when missing) goes there. An item on another mount goes to
