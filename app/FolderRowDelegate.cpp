@@ -1,6 +1,7 @@
 #include "app/FolderRowDelegate.h"
 
 #include "app/FolderListModel.h"
+#include "controls/RowButtons.h"
 
 #include <QApplication>
 #include <QMouseEvent>
@@ -63,16 +64,7 @@ void FolderRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     painter->drawText(sizeRect, Qt::AlignRight | Qt::AlignVCenter,
         pathMetrics.elidedText(index.data(FolderListModel::SizeRole).toString(), Qt::ElideRight, kSizeWidth));
 
-    // The remove button: a grey disc with a cross, darker under the pointer.
-    const QPoint cursor = option.widget ? option.widget->mapFromGlobal(QCursor::pos()) : QPoint(-1, -1);
-    const bool overButton = hovered && button.contains(cursor);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(overButton ? QColor(0xd0, 0x45, 0x45) : QColor(0xb8, 0xbe, 0xc6));
-    painter->drawEllipse(button);
-    painter->setPen(QPen(Qt::white, 1.8, Qt::SolidLine, Qt::RoundCap));
-    const QRectF cross = QRectF(button).adjusted(5.5, 5.5, -5.5, -5.5);
-    painter->drawLine(cross.topLeft(), cross.bottomRight());
-    painter->drawLine(cross.topRight(), cross.bottomLeft());
+    RowButtons::paintRemove(*painter, button, RowButtons::isUnderPointer(option, button));
     painter->restore();
 }
 

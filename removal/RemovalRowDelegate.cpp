@@ -1,5 +1,7 @@
 #include "removal/RemovalRowDelegate.h"
 
+#include "controls/RowButtons.h"
+
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -40,18 +42,8 @@ void RemovalRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter,
         metrics.elidedText(index.data(Qt::DisplayRole).toString(), Qt::ElideRight, text.width()));
 
-    // A grey disc with a white cross, red under the pointer.
     const QRect button = removeButtonRect(row);
-    const QWidget* widget = option.widget;
-    const QPoint cursor = widget ? widget->mapFromGlobal(QCursor::pos()) : QPoint(-1, -1);
-    const bool overButton = (option.state & QStyle::State_MouseOver) && button.contains(cursor);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(overButton ? QColor(0xd0, 0x45, 0x45) : QColor(0xa9, 0xb0, 0xb9));
-    painter->drawEllipse(button);
-    painter->setPen(QPen(Qt::white, 1.6, Qt::SolidLine, Qt::RoundCap));
-    const QRectF cross = QRectF(button).adjusted(5, 5, -5, -5);
-    painter->drawLine(cross.topLeft(), cross.bottomRight());
-    painter->drawLine(cross.topRight(), cross.bottomLeft());
+    RowButtons::paintRemove(*painter, button, RowButtons::isUnderPointer(option, button));
     painter->restore();
 }
 

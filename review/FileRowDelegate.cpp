@@ -1,5 +1,6 @@
 #include "review/FileRowDelegate.h"
 
+#include "controls/RowButtons.h"
 #include "review/FileListModel.h"
 
 #include <QApplication>
@@ -83,17 +84,7 @@ void FileRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     painter->drawText(sizeRect, Qt::AlignRight | Qt::AlignVCenter,
         pathMetrics.elidedText(index.data(FileListModel::SizeTextRole).toString(), Qt::ElideRight, kSizeWidth));
 
-    // The reveal button: a disc with an arrow pointing into the file manager, blue under the pointer.
-    const QPoint cursor = widget ? widget->mapFromGlobal(QCursor::pos()) : QPoint(-1, -1);
-    const bool overButton = hovered && button.contains(cursor);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(overButton ? QColor(0x2f, 0x80, 0xd0) : QColor(0xb8, 0xbe, 0xc6));
-    painter->drawEllipse(button);
-    painter->setPen(QPen(Qt::white, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    const QPointF centre = QRectF(button).center();
-    painter->drawLine(centre + QPointF(-4.5, 0), centre + QPointF(4, 0));
-    painter->drawLine(centre + QPointF(0.5, -3.5), centre + QPointF(4, 0));
-    painter->drawLine(centre + QPointF(0.5, 3.5), centre + QPointF(4, 0));
+    RowButtons::paintReveal(*painter, button, RowButtons::isUnderPointer(option, button));
     painter->restore();
 }
 
