@@ -5,14 +5,12 @@
 #include "app/MainArrayModel.h"
 #include "app/mainView.h"
 #include "controls/OverlayScroller.h"
-#include "engine/FileSystem.h"
 #include "review/Prompter.h"
 #include "review/StatusTexts.h"
 
 #include <QDragEnterEvent>
 #include <QLabel>
 #include <QListView>
-#include <QMimeData>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -116,23 +114,13 @@ int mainScreen::dropRowAt(const QPoint& pos) const {
     return index.isValid() ? index.row() : m_model->rowCount();
 }
 
-QList<QByteArray> mainScreen::droppedFolders(const QMimeData* mime) const {
-    QList<QByteArray> folders;
-    for (const QByteArray& path : mainView::pathsFromMimeData(mime)) {
-        FileSystem::ItemInfo info;
-        if (FileSystem::stat(path, info) && info.kind == FileSystem::Kind::Directory)
-            folders.append(path);
-    }
-    return folders;
-}
-
 void mainScreen::setTinted(bool tinted) {
     m_foldersScrollview->setProperty("tinted", tinted);
     m_foldersScrollview->setStyleSheet(kListStyle);
 }
 
 void mainScreen::dragEnterEvent(QDragEnterEvent* event) {
-    if (m_appDel.state().isScanRunning || droppedFolders(event->mimeData()).isEmpty()) {
+    if (m_appDel.state().isScanRunning || mainView::foldersFromMimeData(event->mimeData()).isEmpty()) {
         event->ignore();
         return;
     }
@@ -151,7 +139,7 @@ void mainScreen::dragLeaveEvent(QDragLeaveEvent* event) {
 
 void mainScreen::dropEvent(QDropEvent* event) {
     setTinted(false);
-    const QList<QByteArray> folders = droppedFolders(event->mimeData());
+    const QList<QByteArray> folders = mainView::foldersFromMimeData(event->mimeData());
     if (folders.isEmpty() || m_appDel.state().isScanRunning) {
         event->ignore();
         return;

@@ -41,7 +41,6 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    QList<QByteArray> droppedFolders(const QMimeData* mime) const;
     void setTinted(bool tinted);
 
     AppDelegate& m_appDel;

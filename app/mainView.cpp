@@ -247,7 +247,7 @@ QList<QByteArray> mainView::pathsFromMimeData(const QMimeData* mime) {
     return paths;
 }
 
-QList<QByteArray> mainView::droppedFolders(const QMimeData* mime) const {
+QList<QByteArray> mainView::foldersFromMimeData(const QMimeData* mime) {
     QList<QByteArray> folders;
     for (const QByteArray& path : pathsFromMimeData(mime)) {
         if (isDirectory(path))
@@ -262,7 +262,7 @@ void mainView::dragEnterEvent(QDragEnterEvent* event) {
         event->ignore();
         return;
     }
-    m_draggingList = droppedFolders(event->mimeData());
+    m_draggingList = foldersFromMimeData(event->mimeData());
     if (m_draggingList.isEmpty()) {
         event->ignore();
         return;
@@ -287,7 +287,7 @@ void mainView::dragLeaveEvent(QDragLeaveEvent* event) {
 
 void mainView::dropEvent(QDropEvent* event) {
     setTinted(false);
-    const QList<QByteArray> folders = droppedFolders(event->mimeData());
+    const QList<QByteArray> folders = foldersFromMimeData(event->mimeData());
     m_draggingList.clear();
     if (folders.isEmpty() || m_appDel.state().isScanRunning) {
         event->ignore();

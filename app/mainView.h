@@ -51,6 +51,8 @@ public:
     // The byte paths of the file URLs a drag offers (text/uri-list), decoded from the URLs'
     // percent-encoding so names that are not UTF-8 keep their bytes.
     static QList<QByteArray> pathsFromMimeData(const QMimeData* mime);
+    // Those of them that are folders: the only items either target list takes from a drop.
+    static QList<QByteArray> foldersFromMimeData(const QMimeData* mime);
     // The home folder as bytes.
     static QByteArray homeFolder();
 
@@ -62,7 +64,6 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    QList<QByteArray> droppedFolders(const QMimeData* mime) const;
     void setTinted(bool tinted);
     void updateHint();
 
