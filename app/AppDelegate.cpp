@@ -11,7 +11,7 @@
 #include "app/mainView.h"
 #include "app/progressView.h"
 #include "controls/StripedProgressBar.h"
-#include "engine/Log.h"
+#include "base/Log.h"
 #include "engine/ScanDriver.h"
 #include "review/FileActions.h"
 #include "review/StatusTexts.h"

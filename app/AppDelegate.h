@@ -6,7 +6,7 @@
 #include "detect/GroupDictionary.h"
 #include "engine/ScanObserver.h"
 #include "engine/ScanState.h"
-#include "engine/SettingsStore.h"
+#include "base/SettingsStore.h"
 #include "removal/RemovalReview.h"
 #include "review/ListModel.h"
 #include "review/ListSelection.h"

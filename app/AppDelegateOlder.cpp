@@ -8,7 +8,7 @@
 #include "app/mainScreen.h"
 #include "app/mainView.h"
 #include "app/progressView.h"
-#include "engine/Log.h"
+#include "base/Log.h"
 #include "removal/DeletingPanel.h"
 #include "removal/RemovalTexts.h"
 #include "review/FileActions.h"

@@ -4,7 +4,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/MainWindow.h"
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "review/FileActions.h"
 #include "review/OlderFileModel.h"
 #include "review/OlderGroupModel.h"

@@ -3,8 +3,8 @@
 // chosen, and the list scan over the chosen library.
 #include "app/AppDelegate.h"
 
-#include "engine/Log.h"
-#include "engine/PathBytes.h"
+#include "base/Log.h"
+#include "base/PathBytes.h"
 
 #include <QDir>
 #include <QFile>

@@ -5,7 +5,7 @@
 
 #include "app/MainWindow.h"
 #include "app/mainView.h"
-#include "engine/Log.h"
+#include "base/Log.h"
 #include "removal/DeletingPanel.h"
 #include "removal/RemovalTexts.h"
 #include "review/Prompter.h"

@@ -1,6 +1,6 @@
 #include "app/DesktopNotifier.h"
 
-#include "engine/Log.h"
+#include "base/Log.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>

@@ -1,9 +1,9 @@
 #include "app/FolderListModel.h"
 
 #include "controls/AppIcons.h"
-#include "engine/FileSystem.h"
-#include "engine/Log.h"
-#include "engine/PathBytes.h"
+#include "base/FileSystem.h"
+#include "base/Log.h"
+#include "base/PathBytes.h"
 #include "review/StatusTexts.h"
 
 #include <QFutureWatcher>

@@ -1,8 +1,8 @@
 #include "app/IgnoredFolderModel.h"
 
 #include "controls/AppIcons.h"
-#include "engine/FileSystem.h"
-#include "engine/PathBytes.h"
+#include "base/FileSystem.h"
+#include "base/PathBytes.h"
 
 #include <QMimeData>
 #include <QUrl>

@@ -2,8 +2,8 @@
 
 #include "app/FolderListModel.h"
 #include "controls/AppIcons.h"
-#include "engine/FileSystem.h"
-#include "engine/PathBytes.h"
+#include "base/FileSystem.h"
+#include "base/PathBytes.h"
 #include "review/StatusTexts.h"
 
 void MainArrayModel::reload(const QList<QByteArray>& mainArray) {

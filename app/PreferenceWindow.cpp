@@ -4,10 +4,10 @@
 #include "app/IgnoredFolderModel.h"
 #include "controls/AppIcons.h"
 #include "controls/TokenField.h"
-#include "engine/PathBytes.h"
-#include "engine/ScanSettings.h"
-#include "engine/SettingsStore.h"
-#include "review/ByteCountFormatter.h"
+#include "base/PathBytes.h"
+#include "base/ScanSettings.h"
+#include "base/SettingsStore.h"
+#include "base/ByteCountFormatter.h"
 #include "review/Prompter.h"
 
 #include <QCheckBox>

@@ -4,9 +4,9 @@
 #include "app/FolderListModel.h"
 #include "app/FolderRowDelegate.h"
 #include "controls/OverlayScroller.h"
-#include "engine/FileSystem.h"
-#include "engine/Log.h"
-#include "engine/PathBytes.h"
+#include "base/FileSystem.h"
+#include "base/Log.h"
+#include "base/PathBytes.h"
 #include "review/Prompter.h"
 
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "controls/AppIcons.h"
 
-#include "engine/FileSystem.h"
-#include "engine/PathBytes.h"
+#include "base/FileSystem.h"
+#include "base/PathBytes.h"
 
 #include <QFile>
 #include <QMimeDatabase>

@@ -1,6 +1,6 @@
 #include "detect/FileHash.h"
 
-#include "engine/FileSystem.h"
+#include "base/FileSystem.h"
 
 #include <atomic>
 #include <cerrno>

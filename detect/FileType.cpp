@@ -1,6 +1,6 @@
 #include "detect/FileType.h"
 
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 
 #include <QHash>
 #include <QMimeDatabase>

@@ -1,6 +1,6 @@
 #include "detect/Grouping.h"
 
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,6 +1,6 @@
 #include "detect/duplicateFile.h"
 
-#include "engine/FileSystem.h"
+#include "base/FileSystem.h"
 
 #include <chrono>
 

@@ -1,8 +1,8 @@
 #include "detect/duplicates.h"
 
 #include "detect/FileType.h"
-#include "engine/FileSystem.h"
-#include "engine/PathBytes.h"
+#include "base/FileSystem.h"
+#include "base/PathBytes.h"
 
 #include <algorithm>
 

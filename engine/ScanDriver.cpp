@@ -1,12 +1,12 @@
 #include "engine/ScanDriver.h"
 
-#include "engine/Log.h"
-#include "engine/PathBytes.h"
+#include "base/Log.h"
+#include "base/PathBytes.h"
 #include "engine/ScanEngine.h"
 #include "engine/ScanObserver.h"
 #include "engine/ScanState.h"
-#include "engine/SettingsStore.h"
-#include "review/ByteCountFormatter.h"
+#include "base/SettingsStore.h"
+#include "base/ByteCountFormatter.h"
 
 #include <QElapsedTimer>
 #include <QStringList>

@@ -3,7 +3,7 @@
 #include "detect/FingerprintTable.h"
 #include "detect/GroupDictionary.h"
 #include "detect/duplicates.h"
-#include "engine/ScanSettings.h"
+#include "base/ScanSettings.h"
 
 #include <QList>
 #include <QStringList>

@@ -2,8 +2,8 @@
 
 #include "detect/FileHash.h"
 #include "engine/ContentPlanner.h"
-#include "engine/PathBytes.h"
-#include "engine/ScanSettings.h"
+#include "base/PathBytes.h"
+#include "base/ScanSettings.h"
 
 #include <algorithm>
 #include <dirent.h>

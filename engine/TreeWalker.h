@@ -1,7 +1,7 @@
 #pragma once
 
 #include "detect/FolderTree.h"
-#include "engine/FileSystem.h"
+#include "base/FileSystem.h"
 
 #include <QSet>
 #include <QString>

@@ -1,8 +1,8 @@
 #include "removal/RemovalActions.h"
 
-#include "engine/FileSystem.h"
-#include "engine/Log.h"
-#include "engine/PathBytes.h"
+#include "base/FileSystem.h"
+#include "base/Log.h"
+#include "base/PathBytes.h"
 #include "removal/FileOperations.h"
 #include "removal/RemovalRun.h"
 #include "removal/Trash.h"

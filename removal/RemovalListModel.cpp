@@ -1,6 +1,6 @@
 #include "removal/RemovalListModel.h"
 
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "removal/RemovalReview.h"
 
 RemovalListModel::RemovalListModel(const RemovalReview& review, QObject* parent)

@@ -1,6 +1,6 @@
 #include "removal/RemovalTexts.h"
 
-#include "review/ByteCountFormatter.h"
+#include "base/ByteCountFormatter.h"
 
 namespace RemovalTexts {
 

@@ -1,7 +1,7 @@
 #include "removal/Trash.h"
 
-#include "engine/FileSystem.h"
-#include "engine/PathBytes.h"
+#include "base/FileSystem.h"
+#include "base/PathBytes.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 #include "removal/congoPanel.h"
 
 #include "controls/AppIcons.h"
-#include "engine/Log.h"
+#include "base/Log.h"
 #include "removal/RemovalTexts.h"
 
 #include <QDesktopServices>

@@ -1,7 +1,7 @@
 #include "review/FileActions.h"
 
-#include "engine/Log.h"
-#include "engine/PathBytes.h"
+#include "base/Log.h"
+#include "base/PathBytes.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>

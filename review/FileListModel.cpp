@@ -1,6 +1,6 @@
 #include "review/FileListModel.h"
 
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "review/Selection.h"
 #include "review/StatusTexts.h"
 

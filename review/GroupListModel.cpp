@@ -1,6 +1,6 @@
 #include "review/GroupListModel.h"
 
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "review/ResultLists.h"
 #include "review/Selection.h"
 #include "review/StatusTexts.h"

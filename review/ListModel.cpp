@@ -1,6 +1,6 @@
 #include "review/ListModel.h"
 
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "engine/ScanState.h"
 #include "review/ListSelection.h"
 #include "review/TextCompare.h"

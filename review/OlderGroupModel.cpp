@@ -1,7 +1,7 @@
 #include "review/OlderGroupModel.h"
 
 #include "controls/AppIcons.h"
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "review/StatusTexts.h"
 
 #include <QFont>

@@ -1,6 +1,6 @@
 #include "review/PreviewWindow.h"
 
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "review/PreviewView.h"
 
 #include <QLabel>

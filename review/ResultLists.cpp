@@ -1,7 +1,7 @@
 #include "review/ResultLists.h"
 
-#include "engine/Log.h"
-#include "engine/PathBytes.h"
+#include "base/Log.h"
+#include "base/PathBytes.h"
 #include "engine/ScanState.h"
 #include "review/Selection.h"
 #include "review/TextCompare.h"

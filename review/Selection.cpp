@@ -1,6 +1,6 @@
 #include "review/Selection.h"
 
-#include "engine/SettingsStore.h"
+#include "base/SettingsStore.h"
 #include "review/Prompter.h"
 
 bool Selection::contains(const DuplicateFilePtr& file) const {

@@ -1,6 +1,6 @@
 #include "review/StatusTexts.h"
 
-#include "review/ByteCountFormatter.h"
+#include "base/ByteCountFormatter.h"
 
 #include <QLocale>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "review/resultView.h"
 
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "review/FileActions.h"
 #include "review/FileListModel.h"
 #include "review/FileRowDelegate.h"

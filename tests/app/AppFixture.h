@@ -4,8 +4,8 @@
 #include "app/MainToolbar.h"
 #include "app/MainWindow.h"
 #include "app/mainView.h"
-#include "engine/FileSystem.h"
-#include "engine/Log.h"
+#include "base/FileSystem.h"
+#include "base/Log.h"
 #include "support/ScriptedPrompter.h"
 #include "support/TempTree.h"
 

@@ -3,7 +3,7 @@
 #include "app/AppMenus.h"
 #include "app/DesktopNotifier.h"
 #include "app/MainWindow.h"
-#include "review/ByteCountFormatter.h"
+#include "base/ByteCountFormatter.h"
 
 #include <QAction>
 #include <QDBusConnection>

@@ -4,7 +4,7 @@
 
 #include "app/AppMenus.h"
 #include "app/MenuRules.h"
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "review/OlderGroupModel.h"
 #include "review/OlderTypeModel.h"
 #include "review/ResultScreen.h"

@@ -4,7 +4,7 @@
 
 #include "controls/StripedProgressBar.h"
 
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "removal/DeletingPanel.h"
 #include "removal/DiskFixture.h"
 #include "removal/RemovalListModel.h"

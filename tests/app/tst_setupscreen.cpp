@@ -2,8 +2,8 @@
 
 #include "app/FolderListModel.h"
 #include "app/FolderRowDelegate.h"
-#include "engine/PathBytes.h"
-#include "engine/SettingsStore.h"
+#include "base/PathBytes.h"
+#include "base/SettingsStore.h"
 #include "review/StatusTexts.h"
 
 #include <QListView>

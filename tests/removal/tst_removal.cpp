@@ -1,4 +1,4 @@
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "engine/ScanState.h"
 #include "removal/DiskFixture.h"
 #include "removal/RemovalReview.h"

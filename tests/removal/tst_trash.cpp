@@ -1,4 +1,4 @@
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "removal/DiskFixture.h"
 #include "removal/Trash.h"
 #include "support/TempTree.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "detect/duplicates.h"
-#include "engine/Log.h"
+#include "base/Log.h"
 #include "engine/ScanState.h"
 
 #include <QStringList>

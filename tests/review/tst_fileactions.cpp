@@ -1,4 +1,4 @@
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "review/FileActions.h"
 
 #include <QDBusConnection>

@@ -1,4 +1,4 @@
-#include "engine/FileSystem.h"
+#include "base/FileSystem.h"
 #include "review/PreviewView.h"
 #include "review/PreviewWindow.h"
 #include "review/StatusTexts.h"

@@ -1,4 +1,4 @@
-#include "engine/SettingsStore.h"
+#include "base/SettingsStore.h"
 #include "review/ListSelection.h"
 #include "review/ResultFixture.h"
 #include "review/Selection.h"

@@ -1,5 +1,5 @@
 #include "removal/RemovalTexts.h"
-#include "review/ByteCountFormatter.h"
+#include "base/ByteCountFormatter.h"
 #include "review/StatusTexts.h"
 #include "review/TextCompare.h"
 

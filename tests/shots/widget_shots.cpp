@@ -2,8 +2,8 @@
 // Usage: widget_shots OUTPUT_DIR   (settings go to a temporary folder; nothing of the user's is read)
 #include "app/PreferenceWindow.h"
 #include "controls/AppIcons.h"
-#include "engine/ScanSettings.h"
-#include "engine/SettingsStore.h"
+#include "base/ScanSettings.h"
+#include "base/SettingsStore.h"
 #include "review/PreviewView.h"
 #include "review/PreviewWindow.h"
 #include "support/ScriptedPrompter.h"

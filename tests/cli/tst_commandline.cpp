@@ -1,5 +1,5 @@
-#include "app/CommandLine.h"
-#include "engine/SettingsStore.h"
+#include "cli/CommandLine.h"
+#include "base/SettingsStore.h"
 #include "support/TempTree.h"
 
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
-#include "engine/FileSystem.h"
+#include "base/FileSystem.h"
 
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 
 #include <QList>
 #include <algorithm>

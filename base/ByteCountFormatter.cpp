@@ -1,4 +1,4 @@
-#include "review/ByteCountFormatter.h"
+#include "base/ByteCountFormatter.h"
 
 #include <array>
 #include <charconv>

@@ -1,6 +1,6 @@
-#include "app/CommandLineRemoval.h"
+#include "cli/CommandLineRemoval.h"
 
-#include "app/ResultWriter.h"
+#include "cli/ResultWriter.h"
 
 #include "engine/ScanState.h"
 #include "removal/RemovalReview.h"

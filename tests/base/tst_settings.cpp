@@ -1,5 +1,5 @@
-#include "engine/ScanSettings.h"
-#include "engine/SettingsStore.h"
+#include "base/ScanSettings.h"
+#include "base/SettingsStore.h"
 #include "support/TempTree.h"
 
 #include <QDir>

@@ -1,6 +1,6 @@
-#include "engine/ScanSettings.h"
+#include "base/ScanSettings.h"
 
-#include "engine/SettingsStore.h"
+#include "base/SettingsStore.h"
 
 #include <QDir>
 #include <cmath>

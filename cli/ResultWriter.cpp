@@ -1,8 +1,8 @@
-#include "app/ResultWriter.h"
+#include "cli/ResultWriter.h"
 
-#include "engine/PathBytes.h"
+#include "base/PathBytes.h"
 #include "engine/ScanState.h"
-#include "review/ByteCountFormatter.h"
+#include "base/ByteCountFormatter.h"
 
 #include <QDateTime>
 

@@ -1,15 +1,15 @@
-#include "app/CommandLine.h"
+#include "cli/CommandLine.h"
 
-#include "app/CommandLineRemoval.h"
-#include "app/ResultWriter.h"
-#include "engine/FileSystem.h"
-#include "engine/Log.h"
-#include "engine/PathBytes.h"
+#include "cli/CommandLineRemoval.h"
+#include "cli/ResultWriter.h"
+#include "base/FileSystem.h"
+#include "base/Log.h"
+#include "base/PathBytes.h"
 #include "engine/ScanDriver.h"
 #include "engine/ScanObserver.h"
 #include "engine/ScanState.h"
-#include "engine/SettingsStore.h"
-#include "review/ByteCountFormatter.h"
+#include "base/SettingsStore.h"
+#include "base/ByteCountFormatter.h"
 
 #include <optional>
 #include <unistd.h>
