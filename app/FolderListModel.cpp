@@ -1,9 +1,9 @@
 #include "app/FolderListModel.h"
 
-#include "controls/AppIcons.h"
 #include "base/FileSystem.h"
 #include "base/Log.h"
 #include "base/PathBytes.h"
+#include "controls/AppIcons.h"
 #include "review/StatusTexts.h"
 
 #include <QFutureWatcher>

@@ -1,8 +1,8 @@
 #include "app/IgnoredFolderModel.h"
 
-#include "controls/AppIcons.h"
 #include "base/FileSystem.h"
 #include "base/PathBytes.h"
+#include "controls/AppIcons.h"
 
 #include <QMimeData>
 #include <QUrl>

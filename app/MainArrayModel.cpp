@@ -1,9 +1,9 @@
 #include "app/MainArrayModel.h"
 
 #include "app/FolderListModel.h"
-#include "controls/AppIcons.h"
 #include "base/FileSystem.h"
 #include "base/PathBytes.h"
+#include "controls/AppIcons.h"
 #include "review/StatusTexts.h"
 
 void MainArrayModel::reload(const QList<QByteArray>& mainArray) {

@@ -2,12 +2,12 @@
 
 #include "app/AboutPane.h"
 #include "app/IgnoredFolderModel.h"
-#include "controls/AppIcons.h"
-#include "controls/TokenField.h"
+#include "base/ByteCountFormatter.h"
 #include "base/PathBytes.h"
 #include "base/ScanSettings.h"
 #include "base/SettingsStore.h"
-#include "base/ByteCountFormatter.h"
+#include "controls/AppIcons.h"
+#include "controls/TokenField.h"
 #include "review/Prompter.h"
 
 #include <QCheckBox>

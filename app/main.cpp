@@ -1,5 +1,5 @@
-#include "cli/CommandLine.h"
 #include "app/GuiMain.h"
+#include "cli/CommandLine.h"
 
 #include <QCoreApplication>
 

@@ -3,10 +3,10 @@
 #include "app/AppDelegate.h"
 #include "app/FolderListModel.h"
 #include "app/FolderRowDelegate.h"
-#include "controls/OverlayScroller.h"
 #include "base/FileSystem.h"
 #include "base/Log.h"
 #include "base/PathBytes.h"
+#include "controls/OverlayScroller.h"
 #include "review/Prompter.h"
 
 #include <QDir>

@@ -1,15 +1,15 @@
 #include "cli/CommandLine.h"
 
-#include "cli/CommandLineRemoval.h"
-#include "cli/ResultWriter.h"
+#include "base/ByteCountFormatter.h"
 #include "base/FileSystem.h"
 #include "base/Log.h"
 #include "base/PathBytes.h"
+#include "base/SettingsStore.h"
+#include "cli/CommandLineRemoval.h"
+#include "cli/ResultWriter.h"
 #include "engine/ScanDriver.h"
 #include "engine/ScanObserver.h"
 #include "engine/ScanState.h"
-#include "base/SettingsStore.h"
-#include "base/ByteCountFormatter.h"
 
 #include <optional>
 #include <unistd.h>

@@ -1,8 +1,8 @@
 #include "cli/ResultWriter.h"
 
+#include "base/ByteCountFormatter.h"
 #include "base/PathBytes.h"
 #include "engine/ScanState.h"
-#include "base/ByteCountFormatter.h"
 
 #include <QDateTime>
 

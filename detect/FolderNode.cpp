@@ -1,8 +1,8 @@
 #include "detect/FolderNode.h"
 
-#include "detect/FileHash.h"
 #include "base/PathBytes.h"
 #include "base/ScanSettings.h"
+#include "detect/FileHash.h"
 
 #include <algorithm>
 

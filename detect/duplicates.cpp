@@ -1,8 +1,8 @@
 #include "detect/duplicates.h"
 
-#include "detect/FileType.h"
 #include "base/FileSystem.h"
 #include "base/PathBytes.h"
+#include "detect/FileType.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "engine/ContentPlanner.h"
 
-#include "engine/HashPool.h"
 #include "base/PathBytes.h"
+#include "engine/HashPool.h"
 
 #include <algorithm>
 #include <cstring>

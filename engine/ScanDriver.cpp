@@ -1,12 +1,12 @@
 #include "engine/ScanDriver.h"
 
+#include "base/ByteCountFormatter.h"
 #include "base/Log.h"
 #include "base/PathBytes.h"
+#include "base/SettingsStore.h"
 #include "engine/ScanEngine.h"
 #include "engine/ScanObserver.h"
 #include "engine/ScanState.h"
-#include "base/SettingsStore.h"
-#include "base/ByteCountFormatter.h"
 
 #include <QElapsedTimer>
 #include <QStringList>

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/ScanSettings.h"
 #include "detect/FingerprintTable.h"
 #include "detect/GroupDictionary.h"
 #include "detect/duplicates.h"
-#include "base/ScanSettings.h"
 
 #include <QList>
 #include <QStringList>

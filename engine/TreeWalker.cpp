@@ -1,9 +1,9 @@
 #include "engine/TreeWalker.h"
 
-#include "detect/FileHash.h"
-#include "engine/ContentPlanner.h"
 #include "base/PathBytes.h"
 #include "base/ScanSettings.h"
+#include "detect/FileHash.h"
+#include "engine/ContentPlanner.h"
 
 #include <algorithm>
 #include <dirent.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "detect/FolderTree.h"
 #include "base/FileSystem.h"
+#include "detect/FolderTree.h"
 
 #include <QSet>
 #include <QString>

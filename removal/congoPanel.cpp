@@ -1,7 +1,7 @@
 #include "removal/congoPanel.h"
 
-#include "controls/AppIcons.h"
 #include "base/Log.h"
+#include "controls/AppIcons.h"
 #include "removal/RemovalTexts.h"
 
 #include <QDesktopServices>

@@ -1,8 +1,8 @@
 #include "review/OlderFileModel.h"
 
-#include "controls/AppIcons.h"
-#include "base/PathBytes.h"
 #include "base/ByteCountFormatter.h"
+#include "base/PathBytes.h"
+#include "controls/AppIcons.h"
 
 #include <QDateTime>
 #include <QFont>

@@ -1,7 +1,7 @@
 #include "review/OlderGroupModel.h"
 
-#include "controls/AppIcons.h"
 #include "base/PathBytes.h"
+#include "controls/AppIcons.h"
 #include "review/StatusTexts.h"
 
 #include <QFont>

@@ -1,8 +1,8 @@
 #include "review/PreviewView.h"
 
-#include "controls/AppIcons.h"
 #include "base/FileSystem.h"
 #include "base/PathBytes.h"
+#include "controls/AppIcons.h"
 #include "review/StatusTexts.h"
 
 #include <QDateTime>

@@ -1,9 +1,9 @@
 #include "app/IgnoredFolderModel.h"
 #include "app/PreferenceWindow.h"
-#include "controls/TokenField.h"
 #include "base/PathBytes.h"
 #include "base/ScanSettings.h"
 #include "base/SettingsStore.h"
+#include "controls/TokenField.h"
 #include "support/ScriptedPrompter.h"
 #include "support/TempTree.h"
 

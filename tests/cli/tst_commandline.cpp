@@ -1,5 +1,5 @@
-#include "cli/CommandLine.h"
 #include "base/SettingsStore.h"
+#include "cli/CommandLine.h"
 #include "support/TempTree.h"
 
 #include <sys/stat.h>

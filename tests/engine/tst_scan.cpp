@@ -1,5 +1,5 @@
-#include "detect/FileHash.h"
 #include "base/FileSystem.h"
+#include "detect/FileHash.h"
 #include "engine/ScanEngine.h"
 #include "engine/ScanHarness.h"
 #include "engine/ScanObserver.h"

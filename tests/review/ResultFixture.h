@@ -1,7 +1,7 @@
 #pragma once
 
-#include "detect/duplicates.h"
 #include "base/Log.h"
+#include "detect/duplicates.h"
 #include "engine/ScanState.h"
 
 #include <QStringList>

@@ -1,5 +1,5 @@
-#include "removal/RemovalTexts.h"
 #include "base/ByteCountFormatter.h"
+#include "removal/RemovalTexts.h"
 #include "review/StatusTexts.h"
 #include "review/TextCompare.h"
 

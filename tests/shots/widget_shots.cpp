@@ -1,9 +1,9 @@
 // Renders the preferences window (both tabs) and the preview window to PNG files for the README.
 // Usage: widget_shots OUTPUT_DIR   (settings go to a temporary folder; nothing of the user's is read)
 #include "app/PreferenceWindow.h"
-#include "controls/AppIcons.h"
 #include "base/ScanSettings.h"
 #include "base/SettingsStore.h"
+#include "controls/AppIcons.h"
 #include "review/PreviewView.h"
 #include "review/PreviewWindow.h"
 #include "support/ScriptedPrompter.h"
