@@ -23,6 +23,7 @@ void ScanListReview::open(const QList<GroupDictionary>& groups, const QList<File
         QList<DuplicateFilePtr> members;
         for (const FileDictionary& file : dictionary.SameFileList) {
             auto record = std::make_shared<duplicateFile>(file.url, file.dateNs);
+            record->setIdentity(identityOfPath(file.url));
             members.append(record);
             records.insert(file.url, record);
             m_files.insert(file.url, file);

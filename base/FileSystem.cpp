@@ -66,6 +66,10 @@ ParentRef parentOf(const QByteArray& path) {
     return ref;
 }
 
+#ifndef STATX_ATTR_MOUNT_ROOT
+#define STATX_ATTR_MOUNT_ROOT 0x00002000
+#endif
+
 namespace {
 
 // Whether the permission bits let this process read an item (root reads everything).
@@ -120,6 +124,7 @@ bool statAt(int dirFd, const char* name, ItemInfo& out) {
     out.device = makedev(sx.stx_dev_major, sx.stx_dev_minor);
     out.inode = sx.stx_ino;
     out.readable = readableByMode(sx);
+    out.mountRoot = (sx.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) && (sx.stx_attributes & STATX_ATTR_MOUNT_ROOT);
     return true;
 }
 
@@ -130,6 +135,28 @@ bool stat(const QByteArray& path, ItemInfo& out) {
         return false;
     }
     return statAt(parent.dirFd, parent.leaf.constData(), out);
+}
+
+int listNames(int dirFd, QList<QByteArray>& names) {
+    const int listFd = ::dup(dirFd);
+    DIR* dir = listFd >= 0 ? ::fdopendir(listFd) : nullptr;
+    if (!dir) {
+        const int error = errno;
+        if (listFd >= 0)
+            ::close(listFd);
+        return error;
+    }
+    ::rewinddir(dir);
+    errno = 0;
+    while (const dirent* entry = ::readdir(dir)) {
+        const char* name = entry->d_name;
+        if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
+            continue;
+        names.append(QByteArray(name));
+    }
+    const int error = errno;
+    ::closedir(dir);
+    return error;
 }
 
 int writeAll(int fd, const QByteArray& bytes) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -20,6 +21,7 @@ struct ItemInfo {
     qint64 modifiedNs = 0;
     bool hasBirth = false;
     bool readable = true; // by its permission bits, for this process
+    bool mountRoot = false; // the root of a mount (a bind mount of the same file system included)
     dev_t device = 0;
     ino_t inode = 0;
 
@@ -59,6 +61,10 @@ ParentRef parentOf(const QByteArray& path);
 
 bool statAt(int dirFd, const char* name, ItemInfo& out);
 bool stat(const QByteArray& path, ItemInfo& out);
+
+// The names in the open folder `dirFd` (without "." and ".."), read through a copy of the
+// descriptor so `dirFd` stays usable; 0 or the errno value.
+int listNames(int dirFd, QList<QByteArray>& names);
 
 // Writes all of `bytes`, going on after short writes and interruptions; 0 or the errno value.
 int writeAll(int fd, const QByteArray& bytes);

@@ -3,6 +3,7 @@
 #include "cli/ResultWriter.h"
 
 #include "engine/ScanState.h"
+#include "removal/RemovalPlan.h"
 #include "removal/RemovalReview.h"
 #include "review/ResultLists.h"
 #include "review/Selection.h"
@@ -72,16 +73,27 @@ int run(ScanState& state, const Request& request, std::FILE* out) {
     const QList<DuplicateFilePtr> chosen = selection.duplicateSelectedArray;
     const qsizetype groups = state.duplicateMainArray.size();
     if (!request.action || !request.yes) {
+        // The plan as it will be carried out: what each item's kept copy is, and which items are
+        // left alone so that every content keeps a copy.
         const QByteArray word = request.action ? actionWord(*request.action) : QByteArrayLiteral("chosen");
+        const RemovalPlan plan(chosen, state.duplicateMainArray);
         qint64 bytes = 0;
-        for (const DuplicateFilePtr& file : chosen) {
-            const DuplicateGroupPtr group = RemovalActions::groupOf(state.duplicateMainArray, file);
-            writeLine(out, fileLine(word, file->urlFile(), group ? group->original() : QByteArray()));
-            bytes += group ? group->sizeFile() : 0;
+        for (const RemovalPlan::Item& item : plan.items()) {
+            const QByteArray kept = item.kept ? item.kept->urlFile() : QByteArray();
+            if (item.isLeft()) {
+                writeLine(out, fileLine("left", item.file->urlFile(), kept) + '\t' + item.leftReason.toUtf8());
+                continue;
+            }
+            writeLine(out, fileLine(word, item.file->urlFile(), kept));
+            if (item.container < 0)
+                bytes += item.group->sizeFile();
         }
-        QByteArray summary = "# " + ResultWriter::counted(chosen.size(), "file", "files") + " chosen in "
+        const qsizetype acting = static_cast<qsizetype>(plan.items().size()) - plan.leftCount();
+        QByteArray summary = "# " + ResultWriter::counted(acting, "file", "files") + " chosen in "
             + ResultWriter::counted(groups, "group", "groups") + " ("
             + StatusTexts::convertNumberToString(bytes).toUtf8() + ")";
+        if (plan.leftCount() > 0)
+            summary += ", " + QByteArray::number(plan.leftCount()) + " left alone";
         if (request.action)
             summary += "; nothing changed: add --yes to " + actionWord(*request.action) + " them";
         writeLine(out, summary);
@@ -93,10 +105,14 @@ int run(ScanState& state, const Request& request, std::FILE* out) {
     RemovalReview review(state, selection, lists, noOlderSelection);
     const QList<RemovalActions::Outcome> outcomes = review.runAction(*request.action);
     qsizetype failed = 0;
+    qsizetype left = 0;
     for (const RemovalActions::Outcome& outcome : outcomes) {
         if (outcome.done) {
             writeLine(out,
                 fileLine(kDoneWords[static_cast<int>(*request.action)], outcome.file->urlFile(), outcome.keptCopy));
+        } else if (outcome.left) {
+            ++left;
+            writeLine(out, fileLine("left", outcome.file->urlFile(), outcome.keptCopy) + '\t' + outcome.error.toUtf8());
         } else {
             ++failed;
             writeLine(
@@ -105,12 +121,13 @@ int run(ScanState& state, const Request& request, std::FILE* out) {
     }
     review.refreshAndReload();
     writeLine(out,
-        "# " + QByteArray::number(outcomes.size() - failed) + " done, " + QByteArray::number(failed)
-            + " failed; left: " + ResultWriter::counted(state.duplicateMainArray.size(), "group", "groups") + ", "
-            + ResultWriter::counted(state.totalDuplicateCount.load(), "duplicate", "duplicates") + " taking "
+        "# " + QByteArray::number(outcomes.size() - failed - left) + " done, " + QByteArray::number(failed)
+            + " failed, " + QByteArray::number(left)
+            + " left alone; remaining: " + ResultWriter::counted(state.duplicateMainArray.size(), "group", "groups")
+            + ", " + ResultWriter::counted(state.totalDuplicateCount.load(), "duplicate", "duplicates") + " taking "
             + StatusTexts::convertNumberToString(static_cast<qint64>(state.wastedSpaceDuplicates.load())).toUtf8());
     std::fflush(out);
-    return failed > 0 ? 1 : 0;
+    return failed > 0 || left > 0 ? 1 : 0;
 }
 
 } // namespace CommandLineRemoval

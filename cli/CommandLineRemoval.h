@@ -12,7 +12,9 @@ struct ScanState;
 // result screen's automatic rule, prints the plan, and carries it out only when asked to.
 //
 // Every file gets one line of tab-separated fields: what is (or was) done, its path, the kept
-// copy, and for a failure the reason. In paths a tab, a line break and a backslash are written as
+// copy, and for a failure or an item left alone ("left") the reason. The plan shows the items it
+// leaves so that every content keeps a copy; the run also those that changed since the scan. In paths a tab, a line
+// break and a backslash are written as
 // "\t", "\n" and "\\" so that a line is always one file; other bytes are written as they are.
 // A summary line starting with "#" ends the output.
 namespace CommandLineRemoval {
@@ -29,7 +31,7 @@ struct Request {
 QByteArray actionWord(RemovalActions::Action action);
 std::optional<RemovalActions::Action> actionOfWord(const QByteArray& word);
 
-// Chooses, prints and (with `yes`) acts. Answers 1 when any file failed, else 0.
+// Chooses, prints and (with `yes`) acts. Answers 1 when any file failed or was left alone, else 0.
 int run(ScanState& state, const Request& request, std::FILE* out);
 
 QByteArray escapedPath(const QByteArray& path);

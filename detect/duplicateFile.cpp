@@ -26,6 +26,25 @@ qint64 currentTimeNs() {
         .count();
 }
 
+ItemIdentity ItemIdentity::of(const FileSystem::ItemInfo& info) {
+    ItemIdentity identity;
+    if (info.kind == FileSystem::Kind::Missing)
+        return identity;
+    identity.device = info.device;
+    identity.inode = info.inode;
+    identity.size = info.size;
+    identity.modifiedNs = info.modifiedNs;
+    identity.folder = info.kind == FileSystem::Kind::Directory;
+    identity.known = true;
+    return identity;
+}
+
+ItemIdentity identityOfPath(const QByteArray& path) {
+    FileSystem::ItemInfo info;
+    FileSystem::stat(path, info);
+    return ItemIdentity::of(info);
+}
+
 qint64 creationDateNsOf(const QByteArray& path) {
     FileSystem::ItemInfo info;
     if (!FileSystem::stat(path, info))

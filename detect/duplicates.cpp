@@ -13,7 +13,9 @@ std::shared_ptr<duplicates> duplicates::initWithURL(const QList<QByteArray>& pat
     for (const QByteArray& path : paths) {
         FileSystem::ItemInfo info;
         const qint64 date = FileSystem::stat(path, info) ? info.creationNs() : now;
-        members.append(std::make_shared<duplicateFile>(path, date));
+        auto member = std::make_shared<duplicateFile>(path, date);
+        member->setIdentity(ItemIdentity::of(info));
+        members.append(std::move(member));
     }
     std::stable_sort(members.begin(), members.end(),
         [](const DuplicateFilePtr& a, const DuplicateFilePtr& b) { return a->dateFileNs() < b->dateFileNs(); });

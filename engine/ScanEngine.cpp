@@ -80,6 +80,7 @@ bool ScanEngine::checkForWhiteList(const QByteArray& path) const {
 }
 
 void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor) {
+    m_state.scanRoots = targets;
     rebuildIgnoreSets();
     const ScanSettings& settings = m_state.settings;
     FingerprintTable& unitTable = flavor == Flavor::FolderScan ? m_state.hashDic : m_state.AllFileFolderDic;
@@ -180,6 +181,7 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor) 
 }
 
 void ScanEngine::walkFlat(const QList<QByteArray>& targets, Flavor flavor) {
+    m_state.scanRoots = targets;
     rebuildIgnoreSets();
     FingerprintTable& unitTable = flavor == Flavor::FolderScan ? m_state.hashDic : m_state.AllFileFolderDic;
     FingerprintTable& fileTable = flavor == Flavor::FolderScan ? m_state.hashDic : m_state.AllFileFileDic;
@@ -256,6 +258,7 @@ void ScanEngine::performScanning(const QList<QByteArray>& targets) {
 }
 
 void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& targets) {
+    m_state.scanRoots = targets;
     rebuildIgnoreSets();
     QElapsedTimer timer;
     timer.start();

@@ -15,6 +15,8 @@
 // threads only read the counters, which are atomic for that reason.
 struct ScanState {
     ScanSettings settings;
+    // The targets of the last scan, as walked: a removal reaches every item again from these.
+    QList<QByteArray> scanRoots;
 
     // Folder scan.
     FingerprintTable hashDic;

@@ -169,7 +169,8 @@ void DeletingPanel::removeSelectedFiles() {
     const std::optional<RemovalActions::Action> action = m_review.askConfirmation(m_prompter);
     if (!action)
         return;
-    m_run = std::make_unique<RemovalRun>(*action, m_selection.duplicateSelectedArray, m_state.duplicateMainArray);
+    m_run = std::make_unique<RemovalRun>(
+        *action, m_selection.duplicateSelectedArray, m_state.duplicateMainArray, m_state.scanRoots);
     setRemoving(true);
     updateStatus();
     m_stepTimer.start();

@@ -4,7 +4,9 @@
 #include "base/PathBytes.h"
 
 #include <QList>
+#include <QRandomGenerator>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
@@ -15,36 +17,23 @@ namespace FileOperations {
 
 namespace {
 
-// Empties the open folder `dirFd` (on `device`) and answers the first error met.
+// Empties the open folder `dirFd` (on `device`) and answers the first error met. A folder that is
+// the root of another mount (a bind mount of the same file system included) is never entered.
 int removeContents(int dirFd, dev_t device) {
-    const int listFd = ::dup(dirFd);
-    DIR* dir = listFd >= 0 ? ::fdopendir(listFd) : nullptr;
-    if (!dir) {
-        const int error = errno;
-        if (listFd >= 0)
-            ::close(listFd);
-        return error;
-    }
     QList<QByteArray> names;
-    while (const dirent* entry = ::readdir(dir)) {
-        const char* name = entry->d_name;
-        if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
-            continue;
-        names.append(QByteArray(name));
-    }
-    ::closedir(dir);
-
+    if (const int error = FileSystem::listNames(dirFd, names))
+        return error;
     int firstError = 0;
-    for (const QByteArray& name : names) {
-        struct stat st;
-        if (::fstatat(dirFd, name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
+    for (const QByteArray& name : std::as_const(names)) {
+        FileSystem::ItemInfo info;
+        if (!FileSystem::statAt(dirFd, name.constData(), info)) {
             if (errno != ENOENT && !firstError)
                 firstError = errno;
             continue;
         }
         int error = 0;
-        if (S_ISDIR(st.st_mode)) {
-            if (st.st_dev != device) {
+        if (info.kind == FileSystem::Kind::Directory) {
+            if (info.device != device || info.mountRoot) {
                 error = EXDEV;
             } else {
                 FileSystem::Fd child(
@@ -63,6 +52,18 @@ int removeContents(int dirFd, dev_t device) {
             firstError = error;
     }
     return firstError;
+}
+
+// Makes an item at a free temporary name with `make` (which answers 0 or errno, EEXIST for a name
+// taken) and answers that name in `name`.
+int makeAtFreeName(const std::function<int(const char*)>& make, QByteArray& name) {
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        name = ".twinsift-" + QByteArray::number(QRandomGenerator::global()->generate64(), 16) + ".tmp";
+        const int error = make(name.constData());
+        if (error != EEXIST)
+            return error;
+    }
+    return EEXIST;
 }
 
 // A desktop-entry string value: backslash, line breaks and tabs escaped, a leading space kept.
@@ -93,19 +94,68 @@ int removeItem(const QByteArray& path) {
     FileSystem::ParentRef parent = FileSystem::parentOf(path);
     if (!parent.ok)
         return errno ? errno : ENOENT;
-    struct stat st;
-    if (::fstatat(parent.dirFd, parent.leaf.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+    return removeAt(parent.dirFd, parent.leaf);
+}
+
+int removeAt(int dirFd, const QByteArray& leaf) {
+    FileSystem::ItemInfo info;
+    if (!FileSystem::statAt(dirFd, leaf.constData(), info))
         return errno;
-    if (!S_ISDIR(st.st_mode))
-        return ::unlinkat(parent.dirFd, parent.leaf.constData(), 0) == 0 ? 0 : errno;
-    FileSystem::Fd folder(
-        ::openat(parent.dirFd, parent.leaf.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (info.kind != FileSystem::Kind::Directory)
+        return ::unlinkat(dirFd, leaf.constData(), 0) == 0 ? 0 : errno;
+    FileSystem::Fd folder(::openat(dirFd, leaf.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!folder.isValid())
         return errno;
-    const int error = removeContents(folder.get(), st.st_dev);
+    const int error = removeContents(folder.get(), info.device);
     if (error)
         return error;
-    return ::unlinkat(parent.dirFd, parent.leaf.constData(), AT_REMOVEDIR) == 0 ? 0 : errno;
+    return ::unlinkat(dirFd, leaf.constData(), AT_REMOVEDIR) == 0 ? 0 : errno;
+}
+
+int replaceAt(int dirFd, const QByteArray& leaf, const std::function<int(int, const char*)>& make) {
+    FileSystem::ItemInfo item;
+    if (!FileSystem::statAt(dirFd, leaf.constData(), item))
+        return errno;
+    QByteArray temp;
+    if (const int error = makeAtFreeName([&](const char* name) { return make(dirFd, name); }, temp))
+        return error;
+    const auto dropTemp = [&] { ::unlinkat(dirFd, temp.constData(), 0); };
+    if (item.kind != FileSystem::Kind::Directory) {
+        // One rename puts the link in the file's place: there is never a moment with neither.
+        if (::renameat(dirFd, temp.constData(), dirFd, leaf.constData()) == 0)
+            return 0;
+        const int error = errno;
+        dropTemp();
+        return error;
+    }
+    // A folder cannot be renamed over: the two swap places in one step, then the old folder goes
+    // from its temporary name.
+    if (::renameat2(dirFd, temp.constData(), dirFd, leaf.constData(), RENAME_EXCHANGE) == 0)
+        return removeAt(dirFd, temp);
+    if (errno != EINVAL && errno != ENOSYS) {
+        const int error = errno;
+        dropTemp();
+        return error;
+    }
+    // No exchange on this file system: the folder steps aside, the link takes its name, and the
+    // folder comes back when that fails.
+    QByteArray aside;
+    int error = makeAtFreeName(
+        [&](const char* name) {
+            return ::renameat2(dirFd, leaf.constData(), dirFd, name, RENAME_NOREPLACE) == 0 ? 0 : errno;
+        },
+        aside);
+    if (error) {
+        dropTemp();
+        return error;
+    }
+    if (::renameat(dirFd, temp.constData(), dirFd, leaf.constData()) != 0) {
+        error = errno;
+        ::renameat(dirFd, aside.constData(), dirFd, leaf.constData());
+        dropTemp();
+        return error;
+    }
+    return removeAt(dirFd, aside);
 }
 
 bool exists(const QByteArray& path) {
@@ -123,13 +173,17 @@ int writeAliasFile(const QByteArray& aliasPath, const QByteArray& target) {
     FileSystem::ParentRef parent = FileSystem::parentOf(aliasPath);
     if (!parent.ok)
         return errno ? errno : ENOENT;
+    return writeAliasFileAt(parent.dirFd, parent.leaf, target);
+}
+
+int writeAliasFileAt(int dirFd, const QByteArray& aliasLeaf, const QByteArray& target) {
     FileSystem::Fd fd(
-        ::openat(parent.dirFd, parent.leaf.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644));
+        ::openat(dirFd, aliasLeaf.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644));
     if (!fd.isValid())
         return errno;
     const int error = FileSystem::writeAll(fd.get(), aliasFileContents(target));
     if (error)
-        ::unlinkat(parent.dirFd, parent.leaf.constData(), 0);
+        ::unlinkat(dirFd, aliasLeaf.constData(), 0);
     return error;
 }
 

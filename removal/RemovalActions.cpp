@@ -5,10 +5,13 @@
 #include "base/PathBytes.h"
 #include "removal/FileOperations.h"
 #include "removal/RemovalRun.h"
+#include "removal/ScannedItem.h"
 #include "removal/Trash.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace RemovalActions {
 
@@ -23,82 +26,75 @@ QString errorWithPath(int error, const QByteArray& path) {
     return QStringLiteral("%1 (%2)").arg(FileOperations::errorText(error), shown(path));
 }
 
-// Why a replacement would certainly leave nothing in the file's place, checked before the file is
-// removed: then it stays. 0 when the link can be attempted.
-int replacementBlocked(const QByteArray& path, const QByteArray& keptCopy, bool hardLink) {
-    if (keptCopy.isEmpty())
-        return ENOENT;
-    FileSystem::ItemInfo kept;
-    if (!FileSystem::stat(keptCopy, kept))
-        return ENOENT;
-    if (!hardLink)
-        return 0;
-    if (kept.kind == FileSystem::Kind::Directory)
-        return EPERM;
-    FileSystem::ItemInfo folder;
-    if (FileSystem::stat(PathBytes::deletingLastPathComponent(path), folder) && folder.device != kept.device)
-        return EXDEV;
-    return 0;
+std::function<void(const QByteArray&)>& checkedHook() {
+    static std::function<void(const QByteArray&)> hook;
+    return hook;
 }
 
-enum class Replacement { Alias, Symlink, Hardlink };
+Outcome leftAlone(Outcome outcome, const QString& reason) {
+    outcome.left = true;
+    outcome.error = reason;
+    Log::line(QStringLiteral("%1 left alone: %2").arg(shown(outcome.file->urlFile()), reason));
+    return outcome;
+}
 
-Outcome replaceOne(Replacement kind, const DuplicateFilePtr& file, const QByteArray& keptCopy) {
-    Outcome outcome;
-    outcome.file = file;
-    outcome.keptCopy = keptCopy;
-    const QByteArray& u = file->urlFile();
+bool sameFolder(int a, int b) {
+    struct stat sa;
+    struct stat sb;
+    return ::fstat(a, &sa) == 0 && ::fstat(b, &sb) == 0 && sa.st_dev == sb.st_dev && sa.st_ino == sb.st_ino;
+}
 
-    // Every copy of the group was chosen: the kept one stays, the others will point at it.
-    if (u == outcome.keptCopy) {
-        Log::line(QStringLiteral("file %1 not removed").arg(shown(u)));
-        outcome.error = QStringLiteral("kept copy");
-        return outcome;
-    }
-    // A link that cannot be made must not cost the file: with no kept copy to point at, or a
-    // hard link that cannot reach it, the duplicate stays where it is.
-    if (const int blocked = replacementBlocked(u, outcome.keptCopy, kind == Replacement::Hardlink)) {
-        if (kind == Replacement::Alias)
-            Log::line(QStringLiteral("::: %1").arg(errorWithPath(blocked, u + ".Alise")));
-        else
-            Log::line(QStringLiteral("erroring for file alising %1 with error %2")
-                          .arg(shown(u), FileOperations::errorText(blocked)));
-        outcome.error
-            = outcome.keptCopy.isEmpty() ? QStringLiteral("no kept copy") : FileOperations::errorText(blocked);
-        return outcome;
-    }
-
-    // The duplicate goes first; a failed removal does not stop the attempt to link.
-    const int removeError = FileOperations::removeItem(u);
-    if (removeError) {
-        if (kind == Replacement::Hardlink)
-            Log::line(QStringLiteral("error removing"));
-        else
-            Log::line(QStringLiteral("error removing %1").arg(errorWithPath(removeError, u)));
-    }
-
-    int linkError = 0;
-    if (kind == Replacement::Alias) {
-        const QByteArray aliasPath = u + ".Alise";
-        linkError = FileOperations::writeAliasFile(aliasPath, outcome.keptCopy);
-        if (linkError)
-            Log::line(QStringLiteral("::: %1").arg(errorWithPath(linkError, aliasPath)));
-    } else {
-        if (kind == Replacement::Symlink)
-            linkError = FileOperations::makeSymbolicLink(u, outcome.keptCopy);
-        else
-            linkError = FileOperations::makeHardLink(u, outcome.keptCopy);
-        if (linkError) {
-            Log::line(QStringLiteral("erroring for file alising %1 with error %2")
-                          .arg(shown(u), FileOperations::errorText(linkError)));
+// The action itself, on the open folder that holds the checked item. Logs what failed.
+Outcome carryOut(Action action, Outcome outcome, const ScannedItem::Place& item, const ScannedItem::Place& kept,
+    const ItemIdentity& identity) {
+    const QByteArray& u = outcome.file->urlFile();
+    const int dirFd = item.folder.get();
+    int error = 0;
+    switch (action) {
+    case Action::MoveToTrash:
+    case Action::PermanentDelete:
+        error = action == Action::MoveToTrash ? Trash::moveToTrashAt(dirFd, item.leaf, u, identity.device).error
+                                              : FileOperations::removeAt(dirFd, item.leaf);
+        if (error)
+            Log::line(QStringLiteral("file %1 not removed").arg(shown(u)));
+        break;
+    case Action::ReplaceWithAlias: {
+        // The link file comes first and goes again when the item cannot be removed.
+        const QByteArray aliasLeaf = item.leaf + ".Alise";
+        error = FileOperations::writeAliasFileAt(dirFd, aliasLeaf, outcome.keptCopy);
+        if (error) {
+            Log::line(QStringLiteral("::: %1").arg(errorWithPath(error, u + ".Alise")));
+            break;
         }
+        error = FileOperations::removeAt(dirFd, item.leaf);
+        if (error) {
+            Log::line(QStringLiteral("error removing %1").arg(errorWithPath(error, u)));
+            if (ScannedItem::identityAt(dirFd, item.leaf).known)
+                ::unlinkat(dirFd, aliasLeaf.constData(), 0);
+        }
+        break;
     }
-
-    outcome.done = !removeError && !linkError;
-    if (removeError)
-        outcome.error = FileOperations::errorText(removeError);
-    else if (linkError)
-        outcome.error = FileOperations::errorText(linkError);
+    case Action::ReplaceWithSymlink:
+    case Action::ReplaceWithHardlink: {
+        const QByteArray target = outcome.keptCopy;
+        const int keptFd = kept.folder.get();
+        const QByteArray keptLeaf = kept.leaf;
+        error = FileOperations::replaceAt(dirFd, item.leaf, [&](int folder, const char* name) {
+            const int made = action == Action::ReplaceWithSymlink
+                ? ::symlinkat(target.constData(), folder, name)
+                : ::linkat(keptFd, keptLeaf.constData(), folder, name, 0);
+            return made == 0 ? 0 : errno;
+        });
+        if (error) {
+            Log::line(QStringLiteral("erroring for file alising %1 with error %2")
+                          .arg(shown(u), FileOperations::errorText(error)));
+        }
+        break;
+    }
+    }
+    outcome.done = error == 0;
+    if (error)
+        outcome.error = FileOperations::errorText(error);
     return outcome;
 }
 
@@ -122,23 +118,6 @@ Action actionForTitle(const QString& text) {
     return Action::ReplaceWithHardlink;
 }
 
-QByteArray keptCopyOf(const DuplicateGroupPtr& group, const QList<DuplicateFilePtr>& chosen) {
-    return keptCopyOf(*group, [&chosen](const DuplicateFilePtr& file) { return chosen.contains(file); });
-}
-
-QByteArray keptCopyOf(const duplicates& group, const std::function<bool(const DuplicateFilePtr&)>& isChosen) {
-    const QList<DuplicateFilePtr>& members = group.listAll();
-    const bool originalChosen = std::any_of(members.cbegin(), members.cend(),
-        [&](const DuplicateFilePtr& file) { return file->urlFile() == group.original() && isChosen(file); });
-    if (!originalChosen)
-        return group.original();
-    for (const DuplicateFilePtr& member : members) {
-        if (!isChosen(member))
-            return member->urlFile();
-    }
-    return group.original();
-}
-
 DuplicateGroupPtr groupOf(const QList<DuplicateGroupPtr>& duplicateMainArray, const DuplicateFilePtr& file) {
     for (const DuplicateGroupPtr& group : duplicateMainArray) {
         if (group->listAll().contains(file))
@@ -147,30 +126,65 @@ DuplicateGroupPtr groupOf(const QList<DuplicateGroupPtr>& duplicateMainArray, co
     return nullptr;
 }
 
-Outcome runOne(Action action, const DuplicateFilePtr& file, const QByteArray& keptCopy) {
-    switch (action) {
-    case Action::MoveToTrash:
-    case Action::PermanentDelete: {
-        Outcome outcome;
-        outcome.file = file;
-        outcome.keptCopy = keptCopy;
-        const int error = action == Action::MoveToTrash ? Trash::moveToTrash(file->urlFile()).error
-                                                        : FileOperations::removeItem(file->urlFile());
-        outcome.done = error == 0;
-        if (error) {
-            outcome.error = FileOperations::errorText(error);
-            Log::line(QStringLiteral("file %1 not removed").arg(shown(file->urlFile())));
-        }
+void setCheckedHook(std::function<void(const QByteArray&)> hook) {
+    checkedHook() = std::move(hook);
+}
+
+QString changedText() {
+    return QStringLiteral("changed since the scan");
+}
+
+QString differsText() {
+    return QStringLiteral("differs from the kept copy");
+}
+
+Outcome actOn(Action action, const RemovalPlan::Item& item, const QList<QByteArray>& roots) {
+    Outcome outcome;
+    outcome.file = item.file;
+    outcome.keptCopy = item.kept ? item.kept->urlFile() : QByteArray();
+    if (item.isLeft())
+        return leftAlone(outcome, item.leftReason);
+    const ItemIdentity& seen = item.file->identity();
+    const ItemIdentity& keptSeen = item.kept->identity();
+
+    const ScannedItem::Place place = ScannedItem::reach(item.file->urlFile(), roots);
+    if (!place.ok() || !ScannedItem::unchanged(seen, ScannedItem::identityAt(place.folder.get(), place.leaf)))
+        return leftAlone(outcome, changedText());
+    const ScannedItem::Place kept = ScannedItem::reach(outcome.keptCopy, roots);
+    const ItemIdentity keptNow = kept.ok() ? ScannedItem::identityAt(kept.folder.get(), kept.leaf) : ItemIdentity();
+    if (!ScannedItem::unchanged(keptSeen, keptNow))
+        return leftAlone(outcome, QStringLiteral("the kept copy changed since the scan"));
+    if (seen.sameFileAs(keptNow))
+        return leftAlone(outcome, RemovalPlan::sameFileText());
+
+    // A link that cannot be made must not cost the item: refused before anything is compared.
+    if (action == Action::ReplaceWithHardlink && (seen.folder || seen.device != keptNow.device)) {
+        const int error = seen.folder ? EPERM : EXDEV;
+        Log::line(QStringLiteral("erroring for file alising %1 with error %2")
+                      .arg(shown(item.file->urlFile()), FileOperations::errorText(error)));
+        outcome.error = FileOperations::errorText(error);
         return outcome;
     }
-    case Action::ReplaceWithAlias:
-        return replaceOne(Replacement::Alias, file, keptCopy);
-    case Action::ReplaceWithSymlink:
-        return replaceOne(Replacement::Symlink, file, keptCopy);
-    case Action::ReplaceWithHardlink:
+
+    switch (ScannedItem::compare(place, kept, seen.folder)) {
+    case ScannedItem::Comparison::Equal:
         break;
+    case ScannedItem::Comparison::Different:
+        return leftAlone(outcome, differsText());
+    case ScannedItem::Comparison::Unreadable:
+        return leftAlone(outcome, QStringLiteral("could not be compared with the kept copy"));
+    case ScannedItem::Comparison::OtherMount:
+        return leftAlone(outcome, QStringLiteral("holds another mount"));
     }
-    return replaceOne(Replacement::Hardlink, file, keptCopy);
+
+    if (checkedHook())
+        checkedHook()(item.file->urlFile());
+    // Still the same folder at the recorded path, and still the same item in it, just before acting.
+    const ScannedItem::Place again = ScannedItem::reach(item.file->urlFile(), roots);
+    if (!again.ok() || !sameFolder(again.folder.get(), place.folder.get())
+        || !ScannedItem::unchanged(seen, ScannedItem::identityAt(place.folder.get(), place.leaf)))
+        return leftAlone(outcome, changedText());
+    return carryOut(action, outcome, place, kept, seen);
 }
 
 QList<Outcome> movetotrash(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
@@ -193,8 +207,9 @@ QList<Outcome> makeHardLink(const QList<DuplicateFilePtr>& files, const QList<Du
     return run(Action::ReplaceWithHardlink, files, groups);
 }
 
-QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {
-    RemovalRun removal(action, files, groups);
+QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups,
+    const QList<QByteArray>& roots) {
+    RemovalRun removal(action, files, groups, roots);
     while (!removal.atEnd())
         removal.step();
     return removal.outcomes();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "detect/duplicates.h"
+#include "removal/RemovalPlan.h"
 
 #include <QList>
 #include <QString>
@@ -8,14 +9,13 @@
 #include <functional>
 #include <optional>
 
-// The five removal actions. Each walks the chosen files in order, one at a time, and goes on after
-// any failure; failures are written to the log only, with the program's fixed texts. None of them
-// touches the group lists (refreshAndReload does that). A file's kept copy is the `original` of
-// the first group of `duplicateMainArray` holding that very record, unless that copy is itself
-// among the chosen files (keeping the newest chooses the oldest); then it is the oldest copy that
-// is not chosen. The replacements never give up a file for a link that cannot be made: with no kept
-// copy left to point at, or a hard link that cannot reach it, the file stays and the failure is
-// logged; when every copy of a group was chosen, the kept one stays and the others point at it.
+// The five removal actions. Each works out a removal plan from the chosen files and the groups on
+// screen (see RemovalPlan: no content loses its last copy), then walks the plan in order, one item
+// at a time, and goes on after any failure. Just before an item is acted on it is reached again
+// from its scan target without following links and checked: still the item the scan saw, not the
+// same file as its kept copy, and equal to the kept copy byte for byte (a folder with its whole
+// tree). An item that fails a check is left alone with a log line and an outcome saying why. None
+// of them touches the group lists (refreshAndReload does that).
 namespace RemovalActions {
 
 enum class Action { MoveToTrash, PermanentDelete, ReplaceWithAlias, ReplaceWithSymlink, ReplaceWithHardlink };
@@ -32,35 +32,41 @@ struct Outcome {
     DuplicateFilePtr file;
     QByteArray keptCopy; // empty when no group holds the file
     bool done = false; // removed and, for the replacements, the link made
+    bool left = false; // left alone by the plan or by the check before acting, never touched
     QString error; // why not, when not done
 };
-
-// The copy the chosen members of `group` are replaced by links to.
-QByteArray keptCopyOf(const DuplicateGroupPtr& group, const QList<DuplicateFilePtr>& chosen);
-QByteArray keptCopyOf(const duplicates& group, const std::function<bool(const DuplicateFilePtr&)>& isChosen);
 
 // The group holding the very record `file` ("ANY listAll = file"), or none.
 DuplicateGroupPtr groupOf(const QList<DuplicateGroupPtr>& duplicateMainArray, const DuplicateFilePtr& file);
 
 // To the desktop trash. Logs "file %@ not removed" for a file that stays.
 QList<Outcome> movetotrash(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups);
-// Removed for good, a folder with everything in it. Logs "file %@ not removed".
+// Removed for good, a folder with everything in it (never entering another mount). Logs
+// "file %@ not removed".
 QList<Outcome> PermanentDelete(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups);
-// Removes the file ("error removing %@" on failure), then, whether or not that worked, writes the
-// link file "<path>.Alise" to the kept copy ("::: %@" on failure).
+// Writes the link file "<path>.Alise" to the kept copy ("::: %@" on failure), then removes the item
+// ("error removing %@"; the link file goes again then).
 QList<Outcome> makeAlias(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups);
-// Removes the file ("error removing %@"), then makes a symbolic link at its path to the kept
-// copy's absolute path ("erroring for file alising %@ with error %@" on failure).
+// Puts a symbolic link to the kept copy's absolute path in the item's place ("erroring for file
+// alising %@ with error %@" on failure, and the item stays).
 QList<Outcome> makeSymLink(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups);
-// Removes the file ("error removing", with no detail), then hard-links the kept copy at its path
-// ("erroring for file alising %@ with error %@"; a folder or another file system is refused before
-// anything is removed).
+// Puts a hard link to the kept copy in the file's place; a folder or another file system is refused
+// before anything is touched ("erroring for file alising %@ with error %@").
 QList<Outcome> makeHardLink(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups);
 
-QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups);
+// `roots` are the scan's targets: items are reached from the one they lie in (see ScannedItem).
+QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups,
+    const QList<QByteArray>& roots = {});
 
-// The action on one file whose kept copy is already known (empty when no group holds the file);
-// what `run` does for each file in turn (see RemovalRun).
-Outcome runOne(Action action, const DuplicateFilePtr& file, const QByteArray& keptCopy);
+// The action on one planned item: checks it and carries it out (see RemovalRun).
+Outcome actOn(Action action, const RemovalPlan::Item& item, const QList<QByteArray>& roots);
+
+// The reasons the check before acting leaves an item.
+QString changedText();
+QString differsText();
+
+// For tests: called with the item's path after every check and just before the action; empty in
+// the program.
+void setCheckedHook(std::function<void(const QByteArray&)> hook);
 
 } // namespace RemovalActions

@@ -9,16 +9,6 @@
 #include <unordered_map>
 #include <unordered_set>
 
-namespace {
-
-// Counters never wrap below zero, whatever stale entries the selection held.
-void subtract(std::atomic<quint64>& counter, quint64 amount) {
-    const quint64 value = counter.load();
-    counter = value > amount ? value - amount : 0;
-}
-
-} // namespace
-
 RemovalReview::RemovalReview(
     ScanState& state, Selection& selection, ResultLists& lists, const QList<FileDictionary>& SelectedFileFolderArray)
     : m_state(state)
@@ -80,12 +70,24 @@ void RemovalReview::chageAlertText(Prompter::Alert& alert) const {
 }
 
 QList<RemovalActions::Outcome> RemovalReview::runAction(RemovalActions::Action action) {
-    lastOutcomes = RemovalActions::run(action, m_selection.duplicateSelectedArray, m_state.duplicateMainArray);
+    lastOutcomes = RemovalActions::run(
+        action, m_selection.duplicateSelectedArray, m_state.duplicateMainArray, m_state.scanRoots);
     return lastOutcomes;
 }
 
 RemovalReview::CloseDecision RemovalReview::refreshAndReload() {
-    const QList<DuplicateFilePtr> listed = m_selection.duplicateSelectedArray;
+    // Only what the last action really removed leaves its group; with no action run, every listed
+    // file does.
+    QList<DuplicateFilePtr> listed;
+    if (lastOutcomes.isEmpty()) {
+        listed = m_selection.duplicateSelectedArray;
+    } else {
+        for (const RemovalActions::Outcome& outcome : std::as_const(lastOutcomes)) {
+            if (outcome.done)
+                listed.append(outcome.file);
+        }
+    }
+    lastOutcomes.clear();
     QList<DuplicateGroupPtr>& groups = m_state.duplicateMainArray;
 
     // Each listed record's group, found once. Instead of taking a changed group out of the list and
@@ -114,9 +116,7 @@ RemovalReview::CloseDecision RemovalReview::refreshAndReload() {
         // A group that ended, or a record listed twice, is found no more.
         if (ended.count(group) || !group->listAll().contains(file))
             continue;
-        const quint64 size = static_cast<quint64>(group->sizeFile());
         if (group->listAll().size() <= 2) {
-            subtract(m_state.wastedSpaceDuplicates, size * static_cast<quint64>(group->listAll().size()));
             ended.insert(group);
             continue;
         }
@@ -126,7 +126,6 @@ RemovalReview::CloseDecision RemovalReview::refreshAndReload() {
         if (group->original() == file->urlFile())
             group->setOriginal(rest.first()->urlFile());
         lastChange[group] = changes++;
-        subtract(m_state.wastedSpaceDuplicates, size);
     }
 
     QList<DuplicateGroupPtr> rebuilt;
@@ -146,7 +145,15 @@ RemovalReview::CloseDecision RemovalReview::refreshAndReload() {
         rebuilt.append(entry.second);
     groups = rebuilt;
 
-    subtract(m_state.totalDuplicateCount, static_cast<quint64>(listed.size()));
+    // The totals are those of the groups really left, counted as the scan counts them.
+    quint64 members = 0;
+    quint64 wasted = 0;
+    for (const DuplicateGroupPtr& group : std::as_const(groups)) {
+        members += static_cast<quint64>(group->listAll().size());
+        wasted += static_cast<quint64>(group->sizeFile()) * static_cast<quint64>(group->listAll().size());
+    }
+    m_state.totalDuplicateCount = members;
+    m_state.wastedSpaceDuplicates = wasted;
     m_selection.duplicateSelectedArray.clear();
     return closewindow();
 }

@@ -51,11 +51,11 @@ public:
     // Runs one action over the listed files, in order (lists untouched).
     QList<RemovalActions::Outcome> runAction(RemovalActions::Action action);
 
-    // Updates the groups for every listed file (by record identity): a group of two ends and the
-    // wasted space drops by both copies; a larger group loses the file, moves to the end of
-    // `duplicateMainArray`, gets a new original if it lost it, and the wasted space drops by one
-    // copy. Then the duplicate count drops by the number listed, the selection is emptied, and the
-    // sheet closes.
+    // Updates the groups for every file the last action removed (every listed file when none ran),
+    // by record identity: a group of two ends; a larger group loses the file, moves to the end of
+    // `duplicateMainArray` and gets a new original if it lost it. Then the duplicate count and the
+    // wasted space are counted again over the groups left, the selection is emptied, and the sheet
+    // closes.
     CloseDecision refreshAndReload();
     // How the sheet closes now (rebuilds the displayed list when groups are left).
     CloseDecision closewindow();

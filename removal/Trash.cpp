@@ -27,49 +27,49 @@ int makePath(const QByteArray& path) {
     return 0;
 }
 
-// A folder at `path` that is a real folder (not a link); made with mode 0700 when missing.
-int ensureOwnFolder(const QByteArray& path) {
-    struct stat st;
-    if (::lstat(path.constData(), &st) != 0) {
-        if (errno != ENOENT)
-            return errno;
-        if (::mkdir(path.constData(), 0700) != 0)
-            return errno;
-        if (::lstat(path.constData(), &st) != 0)
-            return errno;
-    }
-    if (!S_ISDIR(st.st_mode))
-        return ENOTDIR;
-    if (st.st_uid != ::getuid())
-        return EPERM;
-    return 0;
-}
-
-// The trash for an item on another mount than the home trash.
-int topDirectoryTrash(const QByteArray& topdir, QByteArray& trash) {
-    const QByteArray uid = QByteArray::number(static_cast<qulonglong>(::getuid()));
-    const QByteArray shared = PathBytes::appendingComponent(topdir, ".Trash");
-    struct stat st;
-    if (::lstat(shared.constData(), &st) == 0 && S_ISDIR(st.st_mode) && (st.st_mode & S_ISVTX)) {
-        const QByteArray own = PathBytes::appendingComponent(shared, uid);
-        if (ensureOwnFolder(own) == 0) {
-            trash = own;
-            return 0;
-        }
-    }
-    trash = PathBytes::appendingComponent(topdir, ".Trash-" + uid);
-    return ensureOwnFolder(trash);
-}
-
-FileSystem::Fd openSubfolder(const QByteArray& trash, const char* name, int& error) {
-    const QByteArray path = PathBytes::appendingComponent(trash, name);
-    if (::mkdir(path.constData(), 0700) != 0 && errno != EEXIST) {
+// The folder `name` in the open folder `parentFd`, made with mode 0700 when missing, never reached
+// through a link; with `mustOwn` it has to belong to the user. Answers an invalid descriptor and
+// sets `error` on failure.
+FileSystem::Fd openOwnFolderAt(int parentFd, const char* name, bool mustOwn, int& error) {
+    if (::mkdirat(parentFd, name, 0700) != 0 && errno != EEXIST) {
         error = errno;
         return FileSystem::Fd();
     }
-    FileSystem::Fd fd(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    error = fd.isValid() ? 0 : errno;
+    FileSystem::Fd fd(::openat(parentFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!fd.isValid()) {
+        error = errno;
+        return fd;
+    }
+    struct stat st;
+    if (::fstat(fd.get(), &st) != 0 || (mustOwn && st.st_uid != ::getuid())) {
+        error = EPERM;
+        return FileSystem::Fd();
+    }
+    error = 0;
     return fd;
+}
+
+// The trash for an item on another mount than the home trash: $topdir/.Trash/$uid when .Trash is
+// a real sticky folder (not a link), else $topdir/.Trash-$uid, a real folder of the user's own.
+FileSystem::Fd topDirectoryTrash(const QByteArray& topdir, QByteArray& trash, int& error) {
+    const QByteArray uid = QByteArray::number(static_cast<qulonglong>(::getuid()));
+    FileSystem::Fd top(::open(topdir.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!top.isValid()) {
+        error = errno;
+        return top;
+    }
+    FileSystem::Fd shared(::openat(top.get(), ".Trash", O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat st;
+    if (shared.isValid() && ::fstat(shared.get(), &st) == 0 && (st.st_mode & S_ISVTX)) {
+        FileSystem::Fd own = openOwnFolderAt(shared.get(), uid.constData(), true, error);
+        if (own.isValid()) {
+            trash = PathBytes::appendingComponent(PathBytes::appendingComponent(topdir, ".Trash"), uid);
+            return own;
+        }
+    }
+    const QByteArray name = ".Trash-" + uid;
+    trash = PathBytes::appendingComponent(topdir, name);
+    return openOwnFolderAt(top.get(), name.constData(), true, error);
 }
 
 } // namespace
@@ -111,28 +111,41 @@ QByteArray candidateName(const QByteArray& name, int n) {
 }
 
 Result moveToTrash(const QByteArray& path) {
-    Result result;
     FileSystem::ParentRef parent = FileSystem::parentOf(path);
     struct stat item;
     if (!parent.ok || ::fstatat(parent.dirFd, parent.leaf.constData(), &item, AT_SYMLINK_NOFOLLOW) != 0) {
+        Result result;
         result.error = errno ? errno : ENOENT;
         return result;
     }
+    return moveToTrashAt(parent.dirFd, parent.leaf, path, item.st_dev);
+}
 
+Result moveToTrashAt(int dirFd, const QByteArray& leaf, const QByteArray& path, dev_t device) {
+    Result result;
+    int error = 0;
+    FileSystem::Fd trash;
     const QByteArray home = homeTrashDirectory();
     struct stat homeStat;
-    if (makePath(home) == 0 && ::stat(home.constData(), &homeStat) == 0 && homeStat.st_dev == item.st_dev) {
+    if (makePath(home) == 0) {
+        trash = FileSystem::Fd(::open(home.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (trash.isValid() && (::fstat(trash.get(), &homeStat) != 0 || homeStat.st_dev != device))
+            trash = FileSystem::Fd();
+    }
+    if (trash.isValid()) {
         result.trashDirectory = home;
-    } else if (const int error = topDirectoryTrash(topDirectoryOf(path, item.st_dev), result.trashDirectory)) {
-        result.error = error;
-        return result;
+    } else {
+        trash = topDirectoryTrash(topDirectoryOf(path, device), result.trashDirectory, error);
+        if (!trash.isValid()) {
+            result.error = error ? error : EPERM;
+            return result;
+        }
     }
 
-    int error = 0;
-    FileSystem::Fd files = openSubfolder(result.trashDirectory, "files", error);
-    FileSystem::Fd info = files.isValid() ? openSubfolder(result.trashDirectory, "info", error) : FileSystem::Fd();
-    if (error) {
-        result.error = error;
+    FileSystem::Fd files = openOwnFolderAt(trash.get(), "files", true, error);
+    FileSystem::Fd info = files.isValid() ? openOwnFolderAt(trash.get(), "info", true, error) : FileSystem::Fd();
+    if (!info.isValid()) {
+        result.error = error ? error : EPERM;
         return result;
     }
 
@@ -164,7 +177,7 @@ Result moveToTrash(const QByteArray& path) {
         chosen = candidate;
     }
 
-    if (::renameat(parent.dirFd, parent.leaf.constData(), files.get(), chosen.constData()) != 0) {
+    if (::renameat(dirFd, leaf.constData(), files.get(), chosen.constData()) != 0) {
         result.error = errno;
         const QByteArray infoName = chosen + ".trashinfo";
         ::unlinkat(info.get(), infoName.constData(), 0);

@@ -9,7 +9,8 @@
 // An item on the file system of the home trash ($XDG_DATA_HOME/Trash, else
 // ~/.local/share/Trash, made when missing) goes there. An item on another mount goes to
 // $topdir/.Trash/$uid when $topdir/.Trash is a sticky folder and not a link, else to
-// $topdir/.Trash-$uid, made when missing. The .trashinfo file (percent-encoded absolute Path,
+// $topdir/.Trash-$uid, made when missing; a $uid or .Trash-$uid folder that is a link or is not the
+// user's own is never used. The .trashinfo file (percent-encoded absolute Path,
 // local DeletionDate) is created exclusively before the item is renamed into files/; a name taken
 // in the trash gets a number before its extension ("a.2.txt"). Folders go whole. Nothing is ever
 // copied: an item the rename cannot move (another file system, a read-only mount) stays where it
@@ -25,6 +26,9 @@ struct Result {
 
 // Moves the item at the absolute path `path` to its trash.
 Result moveToTrash(const QByteArray& path);
+// Moves the item `leaf` of the open folder `dirFd` (the item at `path`, on `device`) to its trash.
+// The trash's own folders are opened from the trash folder without following links.
+Result moveToTrashAt(int dirFd, const QByteArray& leaf, const QByteArray& path, dev_t device);
 
 // The home trash folder for the current environment (not created).
 QByteArray homeTrashDirectory();

@@ -171,7 +171,8 @@ private slots:
             QCOMPARE(fields[0], QByteArray("trashed"));
             QVERIFY(exists(QByteArray(fields[2]).replace("\\n", "\n")));
         }
-        QCOMPARE(summaryLine(run.out), QByteArray("# 2 done, 0 failed; left: 0 groups, 1 duplicate taking 0 Byte"));
+        QCOMPARE(summaryLine(run.out),
+            QByteArray("# 2 done, 0 failed, 0 left alone; remaining: 0 groups, 0 duplicates taking 0 Byte"));
         int left = 0;
         for (const char* name : { "1.txt", "2.txt", "\xff\n.txt" })
             left += tree.exists(name);
@@ -190,7 +191,8 @@ private slots:
         QCOMPARE(failedLines[0].size(), 4);
         QCOMPARE(failedLines[0][0], QByteArray("failed"));
         QCOMPARE(failedLines[0][3], QByteArray("Operation not permitted"));
-        QCOMPARE(summaryLine(failed.out), QByteArray("# 0 done, 1 failed; left: 0 groups, 1 duplicate taking 0 Byte"));
+        QCOMPARE(summaryLine(failed.out),
+            QByteArray("# 0 done, 1 failed, 0 left alone; remaining: 1 group, 2 duplicates taking 8 KB"));
     }
 
     void badUsageAndMissingPaths() {

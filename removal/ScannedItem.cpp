@@ -1,0 +1,239 @@
+#include "removal/ScannedItem.h"
+
+#include "base/PathBytes.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ScannedItem {
+
+namespace {
+
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+constexpr qsizetype kChunk = 1 << 20;
+
+bool isBelowOrSame(const QByteArray& root, const QByteArray& path) {
+    if (root == "/")
+        return path.startsWith('/');
+    return path == root || (path.startsWith(root) && path.at(root.size()) == '/');
+}
+
+// Opens `path` as a folder with every link in it followed, for paths of any length.
+FileSystem::Fd openFollowing(const QByteArray& path) {
+    if (path.size() < PATH_MAX - 1)
+        return FileSystem::Fd(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    FileSystem::ParentRef parent = FileSystem::parentOf(path);
+    if (!parent.ok)
+        return FileSystem::Fd();
+    return FileSystem::Fd(::openat(parent.dirFd, parent.leaf.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+Comparison compareFolders(int a, int b, dev_t deviceA, dev_t deviceB);
+
+Comparison compareOpenFiles(int a, int b) {
+    struct stat sa;
+    struct stat sb;
+    if (::fstat(a, &sa) != 0 || ::fstat(b, &sb) != 0)
+        return Comparison::Unreadable;
+    if (sa.st_size != sb.st_size)
+        return Comparison::Different;
+    ::posix_fadvise(a, 0, 0, POSIX_FADV_SEQUENTIAL);
+    ::posix_fadvise(b, 0, 0, POSIX_FADV_SEQUENTIAL);
+    QByteArray bufferA(kChunk, Qt::Uninitialized);
+    QByteArray bufferB(kChunk, Qt::Uninitialized);
+    for (;;) {
+        const ssize_t n = ::read(a, bufferA.data(), kChunk);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return Comparison::Unreadable;
+        // Read the same amount from the other file; it may come in pieces.
+        ssize_t got = 0;
+        while (got < n) {
+            const ssize_t m = ::read(b, bufferB.data() + got, static_cast<size_t>(n - got));
+            if (m < 0 && errno == EINTR)
+                continue;
+            if (m < 0)
+                return Comparison::Unreadable;
+            if (m == 0)
+                return Comparison::Different;
+            got += m;
+        }
+        if (n == 0) {
+            char extra;
+            const ssize_t m = ::read(b, &extra, 1);
+            return m == 0 ? Comparison::Equal : (m < 0 ? Comparison::Unreadable : Comparison::Different);
+        }
+        if (std::memcmp(bufferA.constData(), bufferB.constData(), static_cast<size_t>(n)) != 0)
+            return Comparison::Different;
+    }
+}
+
+Comparison compareFilesAt(int dirA, const char* nameA, int dirB, const char* nameB) {
+    const FileSystem::Fd a(::openat(dirA, nameA, O_RDONLY | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
+    const FileSystem::Fd b(::openat(dirB, nameB, O_RDONLY | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
+    if (!a.isValid() || !b.isValid())
+        return Comparison::Unreadable;
+    return compareOpenFiles(a.get(), b.get());
+}
+
+QByteArray linkText(int dirFd, const char* name, bool& ok) {
+    QByteArray text(4096, Qt::Uninitialized);
+    for (;;) {
+        const ssize_t n = ::readlinkat(dirFd, name, text.data(), static_cast<size_t>(text.size()));
+        if (n < 0) {
+            ok = false;
+            return {};
+        }
+        if (n < text.size()) {
+            text.truncate(n);
+            ok = true;
+            return text;
+        }
+        text.resize(text.size() * 2);
+    }
+}
+
+// Compares the children called `name` of two open folders.
+Comparison compareChildren(int a, int b, const QByteArray& name, dev_t deviceA, dev_t deviceB) {
+    FileSystem::ItemInfo ia;
+    FileSystem::ItemInfo ib;
+    if (!FileSystem::statAt(a, name.constData(), ia) || !FileSystem::statAt(b, name.constData(), ib))
+        return Comparison::Unreadable;
+    if (ia.kind != ib.kind)
+        return Comparison::Different;
+    switch (ia.kind) {
+    case FileSystem::Kind::Regular:
+        if (ia.size != ib.size)
+            return Comparison::Different;
+        return compareFilesAt(a, name.constData(), b, name.constData());
+    case FileSystem::Kind::Symlink: {
+        bool okA = false;
+        bool okB = false;
+        const QByteArray textA = linkText(a, name.constData(), okA);
+        const QByteArray textB = linkText(b, name.constData(), okB);
+        if (!okA || !okB)
+            return Comparison::Unreadable;
+        return textA == textB ? Comparison::Equal : Comparison::Different;
+    }
+    case FileSystem::Kind::Directory: {
+        if (ia.mountRoot || ib.mountRoot || ia.device != deviceA || ib.device != deviceB)
+            return Comparison::OtherMount;
+        const FileSystem::Fd childA(::openat(a, name.constData(), kFolderFlags));
+        const FileSystem::Fd childB(::openat(b, name.constData(), kFolderFlags));
+        if (!childA.isValid() || !childB.isValid())
+            return Comparison::Unreadable;
+        return compareFolders(childA.get(), childB.get(), deviceA, deviceB);
+    }
+    case FileSystem::Kind::Other: {
+        struct stat sa;
+        struct stat sb;
+        if (::fstatat(a, name.constData(), &sa, AT_SYMLINK_NOFOLLOW) != 0
+            || ::fstatat(b, name.constData(), &sb, AT_SYMLINK_NOFOLLOW) != 0)
+            return Comparison::Unreadable;
+        return (sa.st_mode & S_IFMT) == (sb.st_mode & S_IFMT) && sa.st_rdev == sb.st_rdev ? Comparison::Equal
+                                                                                          : Comparison::Different;
+    }
+    case FileSystem::Kind::Missing:
+        break;
+    }
+    return Comparison::Unreadable;
+}
+
+Comparison compareFolders(int a, int b, dev_t deviceA, dev_t deviceB) {
+    QList<QByteArray> namesA;
+    QList<QByteArray> namesB;
+    if (FileSystem::listNames(a, namesA) != 0 || FileSystem::listNames(b, namesB) != 0)
+        return Comparison::Unreadable;
+    if (namesA.size() != namesB.size())
+        return Comparison::Different;
+    std::sort(namesA.begin(), namesA.end());
+    std::sort(namesB.begin(), namesB.end());
+    if (namesA != namesB)
+        return Comparison::Different;
+    // A difference anywhere decides; a folder that cannot be read is only reported when nothing
+    // differs, so the more telling reason wins.
+    Comparison worst = Comparison::Equal;
+    for (const QByteArray& name : std::as_const(namesA)) {
+        const Comparison result = compareChildren(a, b, name, deviceA, deviceB);
+        if (result == Comparison::Different)
+            return result;
+        if (result != Comparison::Equal && worst == Comparison::Equal)
+            worst = result;
+    }
+    return worst;
+}
+
+} // namespace
+
+Place reach(const QByteArray& path, const QList<QByteArray>& roots) {
+    Place place;
+    place.path = path;
+    QByteArray root;
+    for (const QByteArray& candidate : roots) {
+        if (candidate.size() > root.size() && isBelowOrSame(candidate, path))
+            root = candidate;
+    }
+    // The item's own folder is where descending stops; a target itself is reached from its parent.
+    const QByteArray folder = PathBytes::deletingLastPathComponent(path);
+    place.leaf = PathBytes::lastPathComponent(path);
+    if (folder.isEmpty() || place.leaf.isEmpty()) {
+        place.error = EINVAL;
+        return place;
+    }
+    QByteArray start = root.isEmpty() || root == path ? folder : root;
+    if (root.isEmpty() || !isBelowOrSame(start, folder))
+        start = QByteArrayLiteral("/");
+    FileSystem::Fd current
+        = start == "/" ? FileSystem::Fd(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) : openFollowing(start);
+    if (!current.isValid()) {
+        place.error = errno;
+        return place;
+    }
+    const QByteArray below = folder.mid(start == "/" ? 1 : start.size() + 1);
+    for (const QByteArray& component : below.split('/')) {
+        if (component.isEmpty())
+            continue;
+        FileSystem::Fd next(::openat(current.get(), component.constData(), kFolderFlags));
+        if (!next.isValid()) {
+            place.error = errno;
+            return place;
+        }
+        current = std::move(next);
+    }
+    place.folder = std::move(current);
+    return place;
+}
+
+ItemIdentity identityAt(int dirFd, const QByteArray& leaf) {
+    FileSystem::ItemInfo info;
+    FileSystem::statAt(dirFd, leaf.constData(), info);
+    return ItemIdentity::of(info);
+}
+
+bool unchanged(const ItemIdentity& seen, const ItemIdentity& now) {
+    if (!seen.known || !now.known || !seen.sameFileAs(now) || seen.folder != now.folder)
+        return false;
+    return seen.folder || (seen.size == now.size && seen.modifiedNs == now.modifiedNs);
+}
+
+Comparison compare(const Place& item, const Place& kept, bool folders) {
+    if (!folders)
+        return compareFilesAt(item.folder.get(), item.leaf.constData(), kept.folder.get(), kept.leaf.constData());
+    FileSystem::ItemInfo ia;
+    FileSystem::ItemInfo ib;
+    if (!FileSystem::statAt(item.folder.get(), item.leaf.constData(), ia)
+        || !FileSystem::statAt(kept.folder.get(), kept.leaf.constData(), ib))
+        return Comparison::Unreadable;
+    const FileSystem::Fd a(::openat(item.folder.get(), item.leaf.constData(), kFolderFlags));
+    const FileSystem::Fd b(::openat(kept.folder.get(), kept.leaf.constData(), kFolderFlags));
+    if (!a.isValid() || !b.isValid())
+        return Comparison::Unreadable;
+    return compareFolders(a.get(), b.get(), ia.device, ib.device);
+}
+
+} // namespace ScannedItem
