@@ -133,6 +133,7 @@ DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists
 DeletingPanel::~DeletingPanel() = default;
 
 void DeletingPanel::loadAllData() {
+    m_review.updatePlan();
     m_model->reload();
     m_tableDeletefileList->scrollToTop();
     updateStatus();
@@ -147,9 +148,13 @@ void DeletingPanel::updateStatus() {
         return;
     }
     const qsizetype rows = m_review.numberOfRows();
-    m_status->setText(rows == 1
-            ? QStringLiteral("1 file")
-            : QStringLiteral("%1 files").arg(StatusTexts::decimalNumber(static_cast<qint64>(rows))));
+    QString text = rows == 1 ? QStringLiteral("1 file")
+                             : QStringLiteral("%1 files").arg(StatusTexts::decimalNumber(static_cast<qint64>(rows)));
+    // Files the removal will not touch, so that every content keeps a copy, are said before asking.
+    if (const qsizetype left = m_review.leftCount())
+        text += QStringLiteral(", %1 left alone to keep a copy of every content")
+                    .arg(StatusTexts::decimalNumber(static_cast<qint64>(left)));
+    m_status->setText(text);
     m_tDelete->setEnabled(rows > 0);
 }
 

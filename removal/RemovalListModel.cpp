@@ -17,8 +17,14 @@ QVariant RemovalListModel::data(const QModelIndex& index, int role) const {
         return {};
     switch (role) {
     case Qt::DisplayRole:
-    case Qt::ToolTipRole:
         return PathBytes::display(file->urlFile());
+    case Qt::ToolTipRole: {
+        const QString reason = m_review.leftReasonAtRow(index.row());
+        const QString path = PathBytes::display(file->urlFile());
+        return reason.isEmpty() ? path : path + QStringLiteral("\nLeft alone: ") + reason;
+    }
+    case LeftReasonRole:
+        return m_review.leftReasonAtRow(index.row());
     case Qt::DecorationRole:
         return m_icons.iconForPath(file->urlFile());
     case PathBytesRole:

@@ -11,7 +11,10 @@ class RemovalListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:
-    enum Role { PathBytesRole = Qt::UserRole + 1 };
+    enum Role {
+        PathBytesRole = Qt::UserRole + 1,
+        LeftReasonRole, // why the removal will leave the file alone; empty when it acts on it
+    };
 
     explicit RemovalListModel(const RemovalReview& review, QObject* parent = nullptr);
 

@@ -1,6 +1,7 @@
 #include "removal/RemovalReview.h"
 
 #include "engine/ScanState.h"
+#include "removal/RemovalPlan.h"
 #include "removal/RemovalTexts.h"
 #include "review/ResultLists.h"
 #include "review/Selection.h"
@@ -26,10 +27,26 @@ DuplicateFilePtr RemovalReview::fileAtRow(qsizetype row) const {
     return m_selection.duplicateSelectedArray.at(row);
 }
 
+void RemovalReview::updatePlan() {
+    m_leftReasons.clear();
+    const RemovalPlan plan(m_selection.duplicateSelectedArray, m_state.duplicateMainArray);
+    for (const RemovalPlan::Item& item : plan.items()) {
+        if (item.isLeft())
+            m_leftReasons.emplace(item.file.get(), item.leftReason);
+    }
+}
+
+QString RemovalReview::leftReasonAtRow(qsizetype row) const {
+    const DuplicateFilePtr file = fileAtRow(row);
+    const auto found = file ? m_leftReasons.find(file.get()) : m_leftReasons.end();
+    return found == m_leftReasons.end() ? QString() : found->second;
+}
+
 std::optional<RemovalReview::CloseDecision> RemovalReview::removefromlist(qsizetype row) {
     if (row < 0 || row >= numberOfRows())
         return std::nullopt;
     m_selection.duplicateSelectedArray.removeAt(row);
+    updatePlan();
     if (m_selection.duplicateSelectedArray.isEmpty())
         return closewindow();
     return std::nullopt;
@@ -155,6 +172,7 @@ RemovalReview::CloseDecision RemovalReview::refreshAndReload() {
     m_state.totalDuplicateCount = members;
     m_state.wastedSpaceDuplicates = wasted;
     m_selection.duplicateSelectedArray.clear();
+    m_leftReasons.clear();
     return closewindow();
 }
 

@@ -6,6 +6,7 @@
 
 #include <QList>
 #include <optional>
+#include <unordered_map>
 
 struct ScanState;
 class Selection;
@@ -33,6 +34,13 @@ public:
 
     qsizetype numberOfRows() const;
     DuplicateFilePtr fileAtRow(qsizetype row) const;
+
+    // Works out again which listed files the removal will leave alone, and why (see RemovalPlan),
+    // so the sheet can show them before the question is asked. Call after the list changed.
+    void updatePlan();
+    // Why the file of a row will be left alone; empty when it will be acted on.
+    QString leftReasonAtRow(qsizetype row) const;
+    qsizetype leftCount() const { return static_cast<qsizetype>(m_leftReasons.size()); }
 
     // A row's remove button: the file leaves the selection (not its group). When the list is then
     // empty the sheet closes.
@@ -68,4 +76,5 @@ private:
     Selection& m_selection;
     ResultLists& m_lists;
     const QList<FileDictionary>& m_SelectedFileFolderArray;
+    std::unordered_map<const duplicateFile*, QString> m_leftReasons;
 };

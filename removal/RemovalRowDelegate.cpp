@@ -1,6 +1,7 @@
 #include "removal/RemovalRowDelegate.h"
 
 #include "controls/RowButtons.h"
+#include "removal/RemovalListModel.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -36,9 +37,20 @@ void RemovalRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     font.setPointSizeF(12 * 72.0 / 96.0);
     font.setWeight(QFont::Medium);
     const QFontMetrics metrics(font);
-    const QRect text(row.left() + 30, row.top() + 3, row.width() - 30 - 38, kIcon);
+    QRect text(row.left() + 30, row.top() + 3, row.width() - 30 - 38, kIcon);
     painter->setFont(font);
-    painter->setPen(Qt::black);
+    // A file the removal will leave alone shows why, at the right, and its path greyed.
+    const QString reason = index.data(RemovalListModel::LeftReasonRole).toString();
+    if (!reason.isEmpty()) {
+        const QString label = QStringLiteral("left alone: ") + reason;
+        const int width = std::min(metrics.horizontalAdvance(label), text.width() / 2);
+        const QRect reasonRect(text.right() - width + 1, text.top(), width, text.height());
+        painter->setPen(QColor(0xb0, 0x5a, 0x00));
+        painter->drawText(reasonRect, Qt::AlignRight | Qt::AlignVCenter,
+            metrics.elidedText(label, Qt::ElideRight, reasonRect.width()));
+        text.setRight(reasonRect.left() - 8);
+    }
+    painter->setPen(reason.isEmpty() ? QColor(Qt::black) : QColor(0x8a, 0x90, 0x98));
     painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter,
         metrics.elidedText(index.data(Qt::DisplayRole).toString(), Qt::ElideRight, text.width()));
 

@@ -144,6 +144,13 @@ private slots:
         Review f(scan.state);
         f.selection.AutoSelectAction(
             keepNewest ? Selection::keepNewestTitle() : Selection::keepOldestTitle(), scan.state.duplicateMainArray);
+        // The sheet says before the question which files will be left alone.
+        f.review.updatePlan();
+        QVERIFY(f.review.leftCount() > 0);
+        qsizetype shownLeft = 0;
+        for (qsizetype row = 0; row < f.review.numberOfRows(); ++row)
+            shownLeft += !f.review.leftReasonAtRow(row).isEmpty();
+        QCOMPARE(shownLeft, f.review.leftCount());
         const QList<RemovalActions::Outcome> outcomes = f.review.runAction(Action(action));
 
         QCOMPARE(lostContents(before), QList<QByteArray>());
