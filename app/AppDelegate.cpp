@@ -45,7 +45,13 @@ AppDelegate::AppDelegate(Prompter& prompter, QObject* parent)
     , m_listModel(m_state, m_listSelection) {
     s_instance = this;
     openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
-    m_driver->loadSettings = [this](ScanSettings& settings) { getAppSetting(settings, m_settingsStore); };
+    // Each scan takes its own copy of the stored settings when it starts, after any write of the
+    // preferences window has landed; the window keeps a copy of its own.
+    m_driver->loadSettings = [this](ScanSettings& settings) {
+        if (m_setting)
+            m_setting->waitForSetobj();
+        getAppSetting(settings, m_settingsStore);
+    };
     m_refreshStatusTimer.setInterval(kRefreshIntervalMs);
     connect(&m_refreshStatusTimer, &QTimer::timeout, this, &AppDelegate::setProgressData);
     m_scanTimer.setInterval(kAnimationIntervalMs);
@@ -120,9 +126,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     m_typetoolbar = 0;
     makeWindowFor(0);
     makeToolbarItem(0);
-    getAppSetting(m_state.settings, m_settingsStore);
+    getAppSetting(m_preferences, m_settingsStore);
     if (!m_setting)
-        m_setting = std::make_unique<PreferenceWindow>(m_state.settings, m_settingsStore, m_prompter, m_window.get());
+        m_setting = std::make_unique<PreferenceWindow>(m_preferences, m_settingsStore, m_prompter, m_window.get());
     m_window->show();
 }
 
@@ -290,8 +296,11 @@ void AppDelegate::minimizeToogle() {
 }
 
 void AppDelegate::showPreferences() {
+    if (m_setting)
+        m_setting->waitForSetobj();
+    getAppSetting(m_preferences, m_settingsStore);
     if (!m_setting)
-        m_setting = std::make_unique<PreferenceWindow>(m_state.settings, m_settingsStore, m_prompter, m_window.get());
+        m_setting = std::make_unique<PreferenceWindow>(m_preferences, m_settingsStore, m_prompter, m_window.get());
     m_setting->windowDidLoad();
     m_setting->show();
     m_setting->raise();

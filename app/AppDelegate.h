@@ -299,6 +299,8 @@ private:
     std::unique_ptr<ScanDriver> m_driver;
     std::unique_ptr<DesktopNotifier> m_notifier;
     std::unique_ptr<MainWindow> m_window;
+    // The settings the preferences window shows and edits (never those of a running scan).
+    ScanSettings m_preferences;
     // The preferences window `setting`: made at launch, shown on demand.
     std::unique_ptr<PreferenceWindow> m_setting;
     // The removal review `deleteingWindow`: made on first use, a sheet of the main window.

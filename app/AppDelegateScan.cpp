@@ -3,10 +3,12 @@
 #include "app/AppDelegate.h"
 
 #include "app/DesktopNotifier.h"
+#include "app/FolderListModel.h"
 #include "app/MainToolbar.h"
 #include "app/OlderPages.h"
 #include "app/OlderToolbar.h"
 #include "app/mainScreen.h"
+#include "app/mainView.h"
 #include "app/progressView.h"
 #include "base/ByteCountFormatter.h"
 #include "base/Log.h"
@@ -43,11 +45,15 @@ int AppDelegate::scanningAnimationCounter() {
 // Folder scan
 
 void AppDelegate::StartScan(const QList<QByteArray>& targets) {
+    m_mainViewObj->model()->stopSizeWalks();
     m_driver->StartScan(targets);
 }
 
 void AppDelegate::folderScanWillStart() {
-    // prepareForScannigDirectory's part on the screens; the driver has reset the state.
+    // prepareForScannigDirectory's part on the screens; the driver has reset the state. Copies
+    // chosen in an earlier result belong to it: a new scan starts with none chosen, in both lists.
+    m_selection.duplicateSelectedArray.clear();
+    m_listSelection.SelectedFileFolderArray.clear();
     resetResultScreenForNewScan();
     StripedProgressBar* indicator = toolbar()->progressIndicator();
     indicator->setIndeterminate(true);
@@ -134,6 +140,7 @@ void AppDelegate::scanStart() {
         Log::line(QStringLiteral("scan running"));
         return;
     }
+    m_mainViewObj->model()->stopSizeWalks();
     m_driver->scanStart();
 }
 
@@ -155,6 +162,7 @@ void AppDelegate::listScanWillStart() {
     m_listModel.saveResultArray.clear();
     m_listModel.segmentType = QStringLiteral("All");
     m_listSelection.SelectedFileFolderArray.clear();
+    m_selection.duplicateSelectedArray.clear();
     reloadOlderResult(true);
     m_olderPages->toolbar()->setProgress(true, false, 0.0);
     m_refreshStatusTimer.start();
@@ -201,9 +209,12 @@ void AppDelegate::runScanAddedFolderLater(const std::function<void()>& run) {
 }
 
 void AppDelegate::AfterScan() {
-    // These delayed steps run even if another scan has started meanwhile.
-    QTimer::singleShot(kRunningFlagDelayMs, this, [this] {
-        m_state.isScanRunning = false;
+    // The delayed steps below run even if another scan has started meanwhile; the running flag is
+    // cleared only when no scan has started since this one.
+    const quint64 generation = m_state.scanGeneration;
+    QTimer::singleShot(kRunningFlagDelayMs, this, [this, generation] {
+        if (m_state.scanGeneration == generation)
+            m_state.isScanRunning = false;
         applyOlderItems();
     });
     m_listScanRunning = false;

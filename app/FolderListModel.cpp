@@ -23,7 +23,7 @@ FolderListModel::FolderListModel(QObject* parent)
 
 FolderListModel::~FolderListModel() {
     // Walks still running end at their next item; their results go with the watchers.
-    m_stop->store(true);
+    stopSizeWalks();
 }
 
 QList<QByteArray> FolderListModel::addFolders(const QList<QByteArray>& paths) {
@@ -49,6 +49,7 @@ QList<QByteArray> FolderListModel::addFolders(const QList<QByteArray>& paths) {
 bool FolderListModel::removeRow(int row) {
     if (row < 0 || row >= m_folderList.size())
         return false;
+    stopSizeWalk(m_folderList.at(row));
     beginRemoveRows(QModelIndex(), row, row);
     m_folderList.removeAt(row);
     endRemoveRows();
@@ -56,21 +57,40 @@ bool FolderListModel::removeRow(int row) {
 }
 
 void FolderListModel::removeAll() {
+    stopSizeWalks();
     beginResetModel();
     m_folderList.clear();
     endResetModel();
 }
 
+void FolderListModel::stopSizeWalk(const QByteArray& path) {
+    if (const StopFlag stop = m_stops.take(path))
+        stop->store(true);
+}
+
+void FolderListModel::stopSizeWalks() {
+    for (const StopFlag& stop : std::as_const(m_stops))
+        stop->store(true);
+    m_stops.clear();
+}
+
 void FolderListModel::startSizeWalk(const QByteArray& path) {
+    stopSizeWalk(path);
+    const StopFlag stop = std::make_shared<std::atomic<bool>>(false);
+    m_stops.insert(path, stop);
     auto* watcher = new QFutureWatcher<qint64>(this);
     m_watchers.append(watcher);
-    connect(watcher, &QFutureWatcher<qint64>::finished, this, [this, watcher, path] {
+    connect(watcher, &QFutureWatcher<qint64>::finished, this, [this, watcher, path, stop] {
         m_watchers.removeOne(watcher);
         watcher->deleteLater();
+        // A stopped walk's sum covers part of the folder only: it is not shown.
+        if (stop->load())
+            return;
+        m_stops.remove(path);
         sizeWalkFinished(path, watcher->result());
     });
     watcher->setFuture(QtConcurrent::run(
-        [path, stop = m_stop] { return FileSystem::sumUnit(path, FileSystem::SizeKey::Allocated, stop.get()).bytes; }));
+        [path, stop] { return FileSystem::sumUnit(path, FileSystem::SizeKey::Allocated, stop.get()).bytes; }));
 }
 
 void FolderListModel::sizeWalkFinished(const QByteArray& path, qint64 bytes) {

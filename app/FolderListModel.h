@@ -10,7 +10,8 @@
 
 // The setup screen's folder list: `folderList` (byte paths in the order added) and `tempSizeCount`
 // (path to the text shown as its size). Each new row's size is the sum of the allocated sizes
-// below it, worked out on a pool thread; the row shows "Calculating..." until it is known.
+// below it, worked out on a pool thread; the row shows "Calculating..." until it is known. A walk
+// stops when its row is removed, the list is emptied, or stopSizeWalks is called (a scan starts).
 class FolderListModel : public QAbstractListModel {
     Q_OBJECT
 
@@ -36,6 +37,10 @@ public:
 
     // Waits for the running size walks (tests and shutdown).
     void waitForSizes();
+    // Stops every running size walk; the sizes stay unknown.
+    void stopSizeWalks();
+    // The size walks not yet ended (stopped ones included until they notice).
+    qsizetype runningSizeWalks() const { return m_watchers.size(); }
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -44,11 +49,13 @@ signals:
     void sizeKnown(const QByteArray& path);
 
 private:
+    using StopFlag = std::shared_ptr<std::atomic<bool>>;
     void startSizeWalk(const QByteArray& path);
     void sizeWalkFinished(const QByteArray& path, qint64 bytes);
+    void stopSizeWalk(const QByteArray& path);
 
     QList<QByteArray> m_folderList;
     QHash<QByteArray, QString> m_tempSizeCount;
     QList<QObject*> m_watchers;
-    std::shared_ptr<std::atomic<bool>> m_stop = std::make_shared<std::atomic<bool>>(false);
+    QHash<QByteArray, StopFlag> m_stops; // the running walk of each path
 };

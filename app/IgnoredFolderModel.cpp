@@ -11,7 +11,7 @@
 IgnoredFolderModel::IgnoredFolderModel(QObject* parent)
     : QAbstractListModel(parent) { }
 
-void IgnoredFolderModel::setFolders(const QStringList& folders) {
+void IgnoredFolderModel::setFolders(const QList<QByteArray>& folders) {
     beginResetModel();
     m_folders = folders;
     endResetModel();
@@ -39,7 +39,7 @@ QVariant IgnoredFolderModel::data(const QModelIndex& index, int role) const {
     switch (role) {
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
-        return m_folders.at(index.row());
+        return PathBytes::display(m_folders.at(index.row()));
     case Qt::DecorationRole:
         if (m_folderIcon.isNull())
             m_folderIcon = AppIcons::folderIcon();

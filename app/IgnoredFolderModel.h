@@ -5,7 +5,8 @@
 #include <QIcon>
 #include <QStringList>
 
-// The rows of the ignored-folder table: one absolute folder path per row, with the folder icon.
+// The rows of the ignored-folder table: one absolute folder path (bytes, shown as text) per row,
+// with the folder icon.
 // The model shows a copy of the list that it is given; the preferences window owns the real list
 // and hands it over whenever the table should follow it.
 //
@@ -17,8 +18,8 @@ class IgnoredFolderModel : public QAbstractListModel {
 public:
     explicit IgnoredFolderModel(QObject* parent = nullptr);
 
-    void setFolders(const QStringList& folders);
-    const QStringList& folders() const { return m_folders; }
+    void setFolders(const QList<QByteArray>& folders);
+    const QList<QByteArray>& folders() const { return m_folders; }
     // Removes the given rows (any order, repeats allowed) and tells the views.
     void removeRowsAt(QList<int> rows);
 
@@ -40,6 +41,6 @@ signals:
     void foldersDropped(const QList<QByteArray>& folders);
 
 private:
-    QStringList m_folders;
+    QList<QByteArray> m_folders;
     mutable QIcon m_folderIcon; // looked up on first use, after the icon theme is set up
 };

@@ -142,6 +142,12 @@ QWidget* PreferenceWindow::makeSettingsTab() {
     layout->addWidget(tokenView);
     layout->addWidget(hint(tr("Extensions without the dot; press Return after each one.")));
     connect(tokenView, &TokenField::editingFinished, this, &PreferenceWindow::controlTextDidEndEditing);
+    // The field shows the types as they were stored: ".PDF" typed comes back as "pdf".
+    connect(this, &PreferenceWindow::ignoredTypesStored, this, [this] {
+        const QString stored = m_settings.ignoreFileTypeList.join(tokenSeparator);
+        if (tokenView->text() != stored && tokenView->input()->text().isEmpty())
+            tokenView->setText(stored);
+    });
 
     layout->addSpacing(12);
     layout->addWidget(heading(tr("Ignore these folders")));
@@ -253,7 +259,7 @@ void PreferenceWindow::controlTextDidEndEditing() {
 }
 
 void PreferenceWindow::setobj(const QString& text) {
-    const QStringList types = text.toLower().split(tokenSeparator, Qt::KeepEmptyParts);
+    const QStringList types = plainExtensions(text.split(tokenSeparator, Qt::KeepEmptyParts));
     m_settings.ignoreFileTypeList = types;
     m_store.setValue(QStringLiteral("ignoreFileTypeList"), types);
     m_store.synchronize();
@@ -273,14 +279,13 @@ void PreferenceWindow::Add_Folder() {
     panel.allowsMultipleSelection = true;
     panel.canCreateDirectories = true;
     panel.directory = QDir::homePath().toUtf8();
-    panel.shouldEnable = [this](const QByteArray& path) {
-        return !m_settings.ignoreFolderList.contains(PathBytes::display(withoutTrailingSlash(path)));
-    };
+    panel.shouldEnable
+        = [this](const QByteArray& path) { return !m_settings.ignoreFolderList.contains(withoutTrailingSlash(path)); };
     const Prompter::PanelAnswer answer = m_prompter.runOpenPanel(panel);
     if (answer.response != Prompter::OK)
         return;
     for (const QByteArray& url : answer.urls) {
-        const QString folder = PathBytes::display(withoutTrailingSlash(url));
+        const QByteArray folder = withoutTrailingSlash(url);
         if (!m_settings.ignoreFolderList.contains(folder))
             m_settings.ignoreFolderList.append(folder);
     }
@@ -294,8 +299,7 @@ void PreferenceWindow::add() {
 
 void PreferenceWindow::addDragFile(const QString& index) {
     qsizetype at = std::clamp<qsizetype>(index.toLongLong(), 0, m_settings.ignoreFolderList.size());
-    for (const QByteArray& path : std::as_const(m_draggedFolders)) {
-        const QString folder = PathBytes::display(path);
+    for (const QByteArray& folder : std::as_const(m_draggedFolders)) {
         if (!m_settings.ignoreFolderList.contains(folder))
             m_settings.ignoreFolderList.insert(at++, folder);
     }
@@ -314,7 +318,7 @@ QList<int> selectedRows(QTableView* table) {
     return rows;
 }
 
-void removeRows(QStringList& list, const QList<int>& descendingRows) {
+void removeRows(QList<QByteArray>& list, const QList<int>& descendingRows) {
     for (int row : descendingRows) {
         if (row >= 0 && row < list.size())
             list.removeAt(row);
@@ -339,7 +343,7 @@ void PreferenceWindow::DeleteRowfromTable() {
 
 void PreferenceWindow::storeFolderList() {
     waitForSetobj();
-    m_store.setValue(QStringLiteral("ignoreFolderList"), m_settings.ignoreFolderList);
+    ::storeFolderList(m_store, m_settings.ignoreFolderList);
     m_store.synchronize();
 }
 

@@ -17,8 +17,9 @@ class TokenField;
 struct ScanSettings;
 
 // The preferences window: the scan settings on the first tab, the About tab second. Every control
-// writes its value to the settings store at once (the check boxes and the ignored types also to the
-// shared ScanSettings), so the next scan, which reloads the store, sees the change.
+// writes its value to the settings store at once (the check boxes and the lists also to the window's
+// ScanSettings), so the next scan, which reloads the store, sees the change. The window's settings
+// are its own: a running scan works on a copy taken when it started.
 class PreferenceWindow : public QWidget {
     Q_OBJECT
 
@@ -47,8 +48,9 @@ public:
     void sliderChangeAction();
     // The ignored types' editing ended: setobj runs on a worker thread with the field's text.
     void controlTextDidEndEditing();
-    // Lower-cases the text, splits it at the pi sign (empty pieces kept) and stores the list in the
-    // settings and under "ignoreFileTypeList". Runs on a worker thread.
+    // Splits the text at the pi sign (empty pieces kept), takes each piece's plain lower-case
+    // extension and stores the list in the window's settings and under "ignoreFileTypeList". Runs on
+    // a worker thread.
     void setobj(const QString& text);
     // Waits for a running setobj, so that the next write to the store comes after it.
     void waitForSetobj();

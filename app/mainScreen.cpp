@@ -100,7 +100,7 @@ void mainScreen::openPanelForAddFolder() {
     if (answer.response != Prompter::OK || m_appDel.state().isScanRunning)
         return;
     QList<QByteArray>& mainArray = m_appDel.state().mainArray;
-    for (const QByteArray& path : answer.urls) {
+    for (const QByteArray& path : mainView::resolvedTargets(answer.urls)) {
         if (!mainArray.contains(path))
             mainArray.append(path);
     }

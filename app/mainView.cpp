@@ -120,7 +120,22 @@ const QList<QByteArray>& mainView::folderList() const {
 }
 
 QByteArray mainView::homeFolder() {
-    return PathBytes::normalized(QFile::encodeName(QDir::homePath()), "/");
+    // Home folders are often links (to a data disk, say): the scan starts where the link leads.
+    const QByteArray home = PathBytes::normalized(QFile::encodeName(QDir::homePath()), "/");
+    const QByteArray resolved = FileSystem::resolveTarget(home);
+    return resolved.isEmpty() ? home : resolved;
+}
+
+QList<QByteArray> mainView::resolvedTargets(const QList<QByteArray>& paths) {
+    QList<QByteArray> out;
+    for (const QByteArray& path : paths) {
+        const QByteArray resolved = FileSystem::resolveTarget(path);
+        if (resolved.isEmpty())
+            Log::line(QStringLiteral("no such item %1").arg(PathBytes::display(path)));
+        else
+            out.append(resolved);
+    }
+    return out;
 }
 
 bool mainView::shouldEnableURL(const QByteArray& path) {
@@ -182,7 +197,7 @@ void mainView::checkAndReloadTableView(const QList<QByteArray>& paths) {
     // A scan works on the list as it was when it started; nothing joins while it runs.
     if (m_appDel.state().isScanRunning)
         return;
-    m_model->addFolders(paths);
+    m_model->addFolders(resolvedTargets(paths));
     updateHint();
     m_appDel.makeToolbarItem(folderList().isEmpty() ? 0 : 1);
 }
@@ -249,7 +264,7 @@ QList<QByteArray> mainView::pathsFromMimeData(const QMimeData* mime) {
 
 QList<QByteArray> mainView::foldersFromMimeData(const QMimeData* mime) {
     QList<QByteArray> folders;
-    for (const QByteArray& path : pathsFromMimeData(mime)) {
+    for (const QByteArray& path : resolvedTargets(pathsFromMimeData(mime))) {
         if (isDirectory(path))
             folders.append(path);
     }

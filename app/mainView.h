@@ -55,6 +55,9 @@ public:
     static QList<QByteArray> foldersFromMimeData(const QMimeData* mime);
     // The home folder as bytes.
     static QByteArray homeFolder();
+    // Paths as the scan takes them: a symbolic link is resolved once to what it names, and a path
+    // that names nothing (a dangling or looping link included) is left out.
+    static QList<QByteArray> resolvedTargets(const QList<QByteArray>& paths);
 
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;

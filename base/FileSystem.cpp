@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -70,28 +71,6 @@ ParentRef parentOf(const QByteArray& path) {
 #define STATX_ATTR_MOUNT_ROOT 0x00002000
 #endif
 
-namespace {
-
-// Whether the permission bits let this process read an item (root reads everything).
-bool readableByMode(const struct statx& sx) {
-    static const uid_t user = ::geteuid();
-    static const std::vector<gid_t> groups = [] {
-        std::vector<gid_t> list(static_cast<size_t>(std::max(0, ::getgroups(0, nullptr))));
-        list.resize(static_cast<size_t>(std::max(0, ::getgroups(static_cast<int>(list.size()), list.data()))));
-        list.push_back(::getegid());
-        return list;
-    }();
-    if (user == 0)
-        return true;
-    if (sx.stx_uid == user)
-        return sx.stx_mode & S_IRUSR;
-    if (std::find(groups.begin(), groups.end(), sx.stx_gid) != groups.end())
-        return sx.stx_mode & S_IRGRP;
-    return sx.stx_mode & S_IROTH;
-}
-
-} // namespace
-
 bool statAt(int dirFd, const char* name, ItemInfo& out) {
     struct statx sx;
     if (::statx(dirFd, name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
@@ -123,8 +102,10 @@ bool statAt(int dirFd, const char* name, ItemInfo& out) {
     out.modifiedNs = sx.stx_mtime.tv_sec * qint64(1000000000) + sx.stx_mtime.tv_nsec;
     out.device = makedev(sx.stx_dev_major, sx.stx_dev_minor);
     out.inode = sx.stx_ino;
-    out.readable = readableByMode(sx);
-    out.mountRoot = (sx.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) && (sx.stx_attributes & STATX_ATTR_MOUNT_ROOT);
+#ifndef STATX_ATTR_MOUNT_ROOT
+#define STATX_ATTR_MOUNT_ROOT 0x00002000
+#endif
+
     return true;
 }
 
@@ -157,6 +138,20 @@ int listNames(int dirFd, QList<QByteArray>& names) {
     const int error = errno;
     ::closedir(dir);
     return error;
+}
+
+QByteArray resolveTarget(const QByteArray& path) {
+    ItemInfo info;
+    if (!stat(path, info))
+        return QByteArray();
+    if (info.kind != Kind::Symlink)
+        return path;
+    char* real = ::realpath(path.constData(), nullptr);
+    if (!real)
+        return QByteArray();
+    const QByteArray resolved(real);
+    ::free(real);
+    return resolved;
 }
 
 int writeAll(int fd, const QByteArray& bytes) {

@@ -20,7 +20,6 @@ struct ItemInfo {
     qint64 birthNs = 0; // creation time, when the file system records one
     qint64 modifiedNs = 0;
     bool hasBirth = false;
-    bool readable = true; // by its permission bits, for this process
     bool mountRoot = false; // the root of a mount (a bind mount of the same file system included)
     dev_t device = 0;
     ino_t inode = 0;
@@ -59,12 +58,18 @@ struct ParentRef {
 };
 ParentRef parentOf(const QByteArray& path);
 
+// Both fail with errno set as statx(2) left it.
 bool statAt(int dirFd, const char* name, ItemInfo& out);
 bool stat(const QByteArray& path, ItemInfo& out);
 
 // The names in the open folder `dirFd` (without "." and ".."), read through a copy of the
 // descriptor so `dirFd` stays usable; 0 or the errno value.
 int listNames(int dirFd, QList<QByteArray>& names);
+
+// What a scan target names: a symbolic link is followed, all the way, to the item it names (as an
+// absolute path without links); any other item is returned as given. Empty when nothing is there,
+// or the link dangles or loops.
+QByteArray resolveTarget(const QByteArray& path);
 
 // Writes all of `bytes`, going on after short writes and interruptions; 0 or the errno value.
 int writeAll(int fd, const QByteArray& bytes);

@@ -3,6 +3,8 @@
 #include "base/SettingsStore.h"
 
 #include <QDir>
+#include <QFile>
+#include <QVariantList>
 #include <cmath>
 
 QStringList ScanSettings::defaultIgnoreFileTypeList() {
@@ -15,9 +17,47 @@ QStringList ScanSettings::defaultIgnoreFileTypeList() {
         QStringLiteral("xcodeproj"), QStringLiteral("dae"), QStringLiteral("xcarchive"), QStringLiteral("sqlite") };
 }
 
-QStringList ScanSettings::defaultIgnoreFolderList() {
-    // The user's ~/.local plays the part of the Library folder: caches and application data.
-    return { QDir::homePath() + QStringLiteral("/.local") };
+QList<QByteArray> ScanSettings::defaultIgnoreFolderList() {
+    // The user's ~/.local plays the part of the Library folder (application data); ~/.cache holds
+    // what browsers and other programs keep to save time, never what people mean to clean up.
+    const QByteArray home = QFile::encodeName(QDir::homePath());
+    return { home + "/.local", home + "/.cache" };
+}
+
+QString plainExtension(const QString& type) {
+    QString plain = type.trimmed();
+    while (plain.startsWith(QLatin1Char('.')))
+        plain.remove(0, 1);
+    return plain.toLower();
+}
+
+QStringList plainExtensions(const QStringList& types) {
+    QStringList out;
+    out.reserve(types.size());
+    for (const QString& type : types)
+        out.append(plainExtension(type));
+    return out;
+}
+
+namespace {
+
+const QString kIgnoreFolderList = QStringLiteral("ignoreFolderList");
+
+} // namespace
+
+QList<QByteArray> loadFolderList(const SettingsStore& store) {
+    QList<QByteArray> folders;
+    for (const QVariant& value : store.variantList(kIgnoreFolderList))
+        folders.append(value.typeId() == QMetaType::QByteArray ? value.toByteArray() : value.toString().toUtf8());
+    return folders;
+}
+
+void storeFolderList(SettingsStore& store, const QList<QByteArray>& folders) {
+    QVariantList values;
+    values.reserve(folders.size());
+    for (const QByteArray& folder : folders)
+        values.append(folder);
+    store.setVariantList(kIgnoreFolderList, values);
 }
 
 qint64 getSizeFromslidervalue(double value) {
@@ -69,9 +109,13 @@ void getAppSetting(ScanSettings& settings, SettingsStore& store) {
     }
     settings.nub = getSizeFromslidervalue(settings.SkipLessThen);
 
-    settings.ignoreFileTypeList
-        = loadList(store, QStringLiteral("ignoreFileTypeList"), ScanSettings::defaultIgnoreFileTypeList());
-    settings.ignoreFolderList
-        = loadList(store, QStringLiteral("ignoreFolderList"), ScanSettings::defaultIgnoreFolderList());
+    settings.ignoreFileTypeList = plainExtensions(
+        loadList(store, QStringLiteral("ignoreFileTypeList"), ScanSettings::defaultIgnoreFileTypeList()));
+    if (store.contains(kIgnoreFolderList)) {
+        settings.ignoreFolderList = loadFolderList(store);
+    } else {
+        settings.ignoreFolderList = ScanSettings::defaultIgnoreFolderList();
+        storeFolderList(store, settings.ignoreFolderList);
+    }
     store.synchronize();
 }

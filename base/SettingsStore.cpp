@@ -36,6 +36,21 @@ QStringList SettingsStore::stringList(const QString& key) const {
     return value.toStringList();
 }
 
+QVariantList SettingsStore::variantList(const QString& key) const {
+    const QVariant value = m_settings->value(key);
+    if (!value.isValid())
+        return QVariantList();
+    if (value.typeId() == QMetaType::QVariantList)
+        return value.toList();
+    if (value.typeId() == QMetaType::QStringList) {
+        QVariantList out;
+        for (const QString& item : value.toStringList())
+            out.append(item);
+        return out;
+    }
+    return QVariantList { value };
+}
+
 double SettingsStore::doubleValue(const QString& key) const {
     return m_settings->value(key).toDouble();
 }
@@ -57,6 +72,10 @@ void SettingsStore::setDouble(const QString& key, double value) {
 }
 
 void SettingsStore::setBytes(const QString& key, const QByteArray& value) {
+    m_settings->setValue(key, value);
+}
+
+void SettingsStore::setVariantList(const QString& key, const QVariantList& value) {
     m_settings->setValue(key, value);
 }
 

@@ -57,7 +57,7 @@ struct Options {
     std::optional<QString> subdirs, hidden, packages;
     std::optional<qint64> minSize;
     std::optional<QStringList> ignoreTypes;
-    std::optional<QStringList> ignoreFolders;
+    std::optional<QList<QByteArray>> ignoreFolders;
     ResultWriter::Format format = ResultWriter::Format::Text;
     bool progress = false;
     QList<QByteArray> paths;
@@ -93,6 +93,9 @@ Options parse(const QList<QByteArray>& arguments) {
                 optionsEnded = true;
                 continue;
             }
+            // An empty word is no path at all (it would otherwise mean the current folder).
+            if (argument.isEmpty())
+                throw UsageError { "empty PATH given" };
             options.paths.append(argument);
             continue;
         }
@@ -125,12 +128,11 @@ Options parse(const QList<QByteArray>& arguments) {
             options.minSize = bytes;
         } else if (name == "--ignore-types") {
             const QString list = QString::fromUtf8(value());
-            options.ignoreTypes = list.isEmpty() ? QStringList() : list.split(QLatin1Char(','));
+            options.ignoreTypes = list.isEmpty() ? QStringList() : plainExtensions(list.split(QLatin1Char(',')));
         } else if (name == "--ignore-folder") {
             if (!options.ignoreFolders)
-                options.ignoreFolders = QStringList();
-            options.ignoreFolders->append(
-                QString::fromUtf8(PathBytes::normalized(value(), PathBytes::currentDirectory())));
+                options.ignoreFolders = QList<QByteArray>();
+            options.ignoreFolders->append(PathBytes::normalized(value(), PathBytes::currentDirectory()));
         } else if (name == "--format") {
             options.formatGiven = true;
             const QByteArray v = value();
@@ -274,9 +276,9 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
     const QByteArray cwd = PathBytes::currentDirectory();
     QList<QByteArray> targets;
     for (const QByteArray& path : options.paths) {
-        const QByteArray target = PathBytes::normalized(path, cwd);
-        FileSystem::ItemInfo info;
-        if (!FileSystem::stat(target, info)) {
+        // A symbolic link stands for what it names; one that dangles or loops names nothing.
+        const QByteArray target = FileSystem::resolveTarget(PathBytes::normalized(path, cwd));
+        if (target.isEmpty()) {
             std::fprintf(err, "twinsift: %s: No such file or directory\n", path.constData());
             status = Failure;
             continue;

@@ -1,6 +1,8 @@
 #include "detect/FileHash.h"
 
 #include "base/FileSystem.h"
+#include "base/Log.h"
+#include "base/PathBytes.h"
 
 #include <atomic>
 #include <cerrno>
@@ -14,37 +16,66 @@ const DigestContext FileHash::md5Context { QCryptographicHash::Md5, 16 };
 const DigestContext FileHash::sha1Context { QCryptographicHash::Sha1, 20 };
 const DigestContext FileHash::sha512Context { QCryptographicHash::Sha512, 64 };
 
-std::optional<QByteArray> FileHash::rawDigest(const QByteArray& path, const DigestContext& context) {
+FileHash::Outcome FileHash::readDigest(
+    const QByteArray& path, const DigestContext& context, qint64 expectedSize, QByteArray& digest) {
     // O_NONBLOCK keeps a FIFO that replaced a file since the walk from blocking the open; such an
     // item is then refused because it is not a regular file.
     FileSystem::Fd fd(FileSystem::openPath(path, O_RDONLY | O_NONBLOCK));
     if (!fd.isValid())
-        return std::nullopt;
+        return errno == ENOENT || errno == ENOTDIR ? Outcome::Vanished : Outcome::Unreadable;
     struct stat st;
-    if (::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode))
-        return std::nullopt;
+    if (::fstat(fd.get(), &st) != 0)
+        return Outcome::Unreadable;
+    if (!S_ISREG(st.st_mode) || (expectedSize >= 0 && st.st_size != expectedSize))
+        return Outcome::Changed;
     ::posix_fadvise(fd.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
 
     QCryptographicHash hash(context.algorithm);
     char buffer[4096];
-    bool failed = false;
+    qint64 total = 0;
     for (;;) {
         const ssize_t n = ::read(fd.get(), buffer, sizeof buffer);
         if (n < 0) {
             if (errno == EINTR)
                 continue;
-            failed = true;
-            break;
+            return Outcome::Unreadable;
         }
         if (n == 0)
             break;
+        total += n;
         hash.addData(QByteArrayView(buffer, n));
     }
-    QByteArray digest = hash.result();
-    if (failed)
-        return std::nullopt;
+    if (expectedSize >= 0 && total != expectedSize)
+        return Outcome::Changed;
+    digest = hash.result();
     digest.truncate(context.digestLength);
+    return Outcome::Read;
+}
+
+std::optional<QByteArray> FileHash::rawDigest(const QByteArray& path, const DigestContext& context) {
+    QByteArray digest;
+    if (readDigest(path, context, -1, digest) != Outcome::Read)
+        return std::nullopt;
     return digest;
+}
+
+Fingerprint FileHash::scanFingerprint(const QByteArray& path, qint64 expectedSize) {
+    QByteArray raw;
+    switch (readDigest(path, md5Context, expectedSize, raw)) {
+    case Outcome::Read: {
+        Fingerprint::Digest digest;
+        std::memcpy(digest.data(), raw.constData(), digest.size());
+        return Fingerprint::fromDigest(digest);
+    }
+    case Outcome::Unreadable:
+        return Fingerprint::noHash();
+    case Outcome::Vanished:
+        return Fingerprint::vanished();
+    case Outcome::Changed:
+        break;
+    }
+    Log::line(QStringLiteral("changed during the scan, compared with nothing: %1").arg(PathBytes::display(path)));
+    return createRandomBytes();
 }
 
 std::optional<QByteArray> FileHash::hashOfFileAtPath(const QByteArray& path, const DigestContext& context) {

@@ -27,11 +27,20 @@ public:
     // The MD5 as raw bytes, the form the scan keeps.
     static std::optional<Fingerprint::Digest> md5DigestOfFileAtPath(const QByteArray& path);
 
+    // The scan's read of a file the walk saw with `expectedSize` bytes: its MD5; "NOHash" when it
+    // cannot be opened or read; vanished() when it is gone; a fresh time-stamp (matching nothing),
+    // with a log line, when it is no longer a regular file or its length changed before or during
+    // the read, since what was read is then not what the walk saw.
+    static Fingerprint scanFingerprint(const QByteArray& path, qint64 expectedSize);
+
     static const DigestContext md5Context;
     static const DigestContext sha1Context;
     static const DigestContext sha512Context;
 
 private:
+    enum class Outcome { Read, Unreadable, Vanished, Changed };
+    static Outcome readDigest(
+        const QByteArray& path, const DigestContext& context, qint64 expectedSize, QByteArray& digest);
     static std::optional<QByteArray> rawDigest(const QByteArray& path, const DigestContext& context);
 };
 

@@ -40,6 +40,12 @@ Fingerprint Fingerprint::unread() {
     return f;
 }
 
+Fingerprint Fingerprint::vanished() {
+    Fingerprint f;
+    f.m_kind = Kind::Vanished;
+    return f;
+}
+
 QByteArray Fingerprint::text() const {
     QByteArray out;
     appendText(out);
@@ -64,6 +70,9 @@ void Fingerprint::appendText(QByteArray& out) const {
         out.append(buffer, n);
         return;
     }
+    case Kind::Vanished:
+        out.append("vanished");
+        return;
     case Kind::Unread: {
         quint64 serial;
         std::memcpy(&serial, m_payload.data(), sizeof serial);

@@ -1,5 +1,6 @@
 #include "detect/FolderNode.h"
 
+#include "base/Log.h"
 #include "base/PathBytes.h"
 #include "base/ScanSettings.h"
 #include "detect/FileHash.h"
@@ -99,7 +100,18 @@ void FolderNode::updateSelfURL(const QByteArray& url) {
     if (m_selfHash)
         return;
 
-    if (!m_appDel.tree.nodes[static_cast<size_t>(m_treeIndex)].needsFingerprint) {
+    const FolderTreeNode& folder = m_appDel.tree.nodes[static_cast<size_t>(m_treeIndex)];
+    // A folder holding something nobody saw (an unreadable or vanished file, a folder that could not
+    // be listed) equals no other folder, whatever the rest holds.
+    const bool unseen = !folder.listedInFull
+        || std::any_of(m_subHashListDir.cbegin(), m_subHashListDir.cend(),
+            [](const std::optional<Fingerprint>& hash) { return hash && !hash->canMatch(); });
+    if (unseen) {
+        m_selfHash = createRandomBytes();
+        publish();
+        return;
+    }
+    if (!folder.needsFingerprint) {
         // Nothing could share this folder's fingerprint: it is not worked out.
         m_selfHash = Fingerprint::unread();
         publish();
@@ -129,6 +141,13 @@ void FolderNode::publish() {
         if (!m_subHashListDir[i])
             continue;
         const FolderChild& child = *m_SubfileURLList[i];
+        if (m_subHashListDir[i]->kind() == Fingerprint::Kind::Vanished) {
+            Log::line(QStringLiteral("gone before it was read: %1")
+                          .arg(PathBytes::display(PathBytes::appendingComponent(m_selfURL, child.name))));
+            continue;
+        }
+        if (child.excluded && child.marker == ChildMarker::D)
+            continue; // an ignored folder, or one already walked through another path
         if (!keepHidden && PathBytes::isHiddenName(child.name))
             continue;
         if (m_appDel.ignoredTypes.contains(PathBytes::lowerExtension(child.name)))

@@ -20,7 +20,8 @@ struct FolderNodeContext {
 
 // One folder of a recursive scan. Its fingerprint is the MD5 of its children's fingerprints sorted
 // case-insensitively and joined ("NOHASH" when it has none), so two folders match exactly when
-// their children's fingerprints match as a multiset, whatever the names. Before publishing, the
+// their children's fingerprints match as a multiset, whatever the names. A folder that holds anything
+// whose content was not seen gets a fresh time-stamp instead. Before publishing, the
 // node filters its children's entries (hidden items unless hidden files are scanned, ignored types,
 // files under the minimum size) and adds the rest to the table; a root records itself as well.
 // A node runs to completion in its constructor's call, children before parents.

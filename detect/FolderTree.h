@@ -21,9 +21,9 @@ struct FolderChild {
     qint64 size = 0; // files: length, to hash the largest first
     qint32 node = -1; // walked sub-folders: index of their folder in the tree
     ChildMarker marker = ChildMarker::F;
-    // The child's fingerprint is a fresh time-stamp made while folding (ignored type or folder).
+    // The child's fingerprint is a fresh time-stamp made while folding (an ignored type, an ignored
+    // folder, or a folder already entered through another path); excluded folders are not published.
     bool excluded = false;
-    bool unreadable = false; // files whose permissions forbid reading: "NOHash" without trying
     Fingerprint fingerprint; // files: filled by the hashing pool; "NOHash" until then
 };
 
@@ -34,6 +34,9 @@ struct FolderTreeNode {
     // False when no other folder could share this one's fingerprint and no folder around it needs
     // it: the fingerprint is then not computed and matches nothing.
     bool needsFingerprint = true;
+    // False when the walk could not see everything in the folder (it could not be listed or not in
+    // full, or it was not entered): its fingerprint then matches nothing.
+    bool listedInFull = true;
 };
 
 struct FolderTree {

@@ -94,7 +94,8 @@ void groupByFingerprint(DepthOrderedKeys keys, qint64 minimumSize, const Groupin
                 paths.append(entries[member].path);
             }
         }
-        if (members.size() < 2) {
+        // Unreadable items are alike only in that nobody read them: they never form a group.
+        if (members.size() < 2 || !entries[k].fingerprint.canMatch()) {
             removed[k] = true;
             callbacks.keyExamined();
             continue;

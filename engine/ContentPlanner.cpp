@@ -16,7 +16,7 @@ quint64 mix(quint64 seed, quint64 value) {
     return z ^ (z >> 31);
 }
 
-enum Tag : quint64 { FileTag = 1, UnreadableTag = 2, UnitTag = 3, FolderTag = 4, EmptyTag = 5 };
+enum Tag : quint64 { FileTag = 1, UnitTag = 3, FolderTag = 4, EmptyTag = 5 };
 
 } // namespace
 
@@ -65,7 +65,7 @@ void ContentPlanner::markNeededFolders(FolderTree& tree, const QSet<QString>& ig
     for (size_t i = n; i-- > 0;) {
         const FolderTreeNode& folder = tree.nodes[i];
         parts.clear();
-        bool isUnique = false;
+        bool isUnique = !folder.listedInFull; // its fingerprint is a fresh time-stamp
         for (const FolderChild& child : folder.children) {
             if (child.excluded) {
                 isUnique = true; // a fresh time-stamp is part of this folder's fingerprint
@@ -73,8 +73,7 @@ void ContentPlanner::markNeededFolders(FolderTree& tree, const QSet<QString>& ig
             }
             switch (child.marker) {
             case ChildMarker::F:
-                parts.push_back(
-                    child.unreadable ? mix(UnreadableTag, 0) : mix(FileTag, static_cast<quint64>(child.size)));
+                parts.push_back(mix(FileTag, static_cast<quint64>(child.size)));
                 break;
             case ChildMarker::FD: {
                 quint64 word;

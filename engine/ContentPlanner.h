@@ -20,9 +20,8 @@ struct ScanSettings;
 // fingerprint that matches nothing, which leaves the groups exactly as reading it would.
 //
 // Two items of different kinds (a file and a folder, say) can match only when one's bytes spell out
-// the other's digest text; like an MD5 collision, that is taken not to happen. Files that fail to
-// open although their permissions allow it, or that vanish during the scan, are reported as
-// unreadable only when they are read.
+// the other's digest text; like an MD5 collision, that is taken not to happen. Whether a file can be
+// read, or is still there, is learnt only by reading it.
 //
 // Files that share a length with another published file are handed to the pool as soon as the walk
 // meets the second one, so reading overlaps the walk; the rest is decided when the walk is done.

@@ -69,8 +69,7 @@ void HashPool::work() {
         ++m_running;
         lock.unlock();
 
-        const std::optional<Fingerprint::Digest> digest = FileHash::md5DigestOfFileAtPath(job.path);
-        *job.slot = digest ? Fingerprint::fromDigest(*digest) : Fingerprint::noHash();
+        *job.slot = FileHash::scanFingerprint(job.path, job.size);
         m_finished.fetch_add(1, std::memory_order_relaxed);
 
         lock.lock();

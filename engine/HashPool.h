@@ -9,10 +9,10 @@
 #include <thread>
 #include <vector>
 
-// Hashes files on every core while the walk goes on. Each job names a file and the slot that
-// receives its MD5 ("NOHash" when it cannot be read); the slot must stay where it is until
-// waitForAll() returns. Each finished file adds one to the given counter. The largest pending
-// file is taken first, so that one big file does not keep a single core busy at the end.
+// Hashes files on every core while the walk goes on. Each job names a file, its length as the walk
+// saw it, and the slot that receives its scan fingerprint (FileHash::scanFingerprint); the slot must stay where it is
+// until waitForAll() returns. Each finished file adds one to the given counter. The largest pending file is taken
+// first, so that one big file does not keep a single core busy at the end.
 class HashPool {
 public:
     struct Job {

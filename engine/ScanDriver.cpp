@@ -57,6 +57,7 @@ bool ScanDriver::waitForScanThread(int timeoutMs) {
 
 void ScanDriver::StartScan(const QList<QByteArray>& targets) {
     Log::line(describeTargets(targets));
+    ++m_state.scanGeneration;
     m_state.isScanRunning = true;
     prepareForScannigDirectory();
     m_observer.folderScanWillStart();
@@ -98,6 +99,7 @@ void ScanDriver::AfterScanningDone() {
 }
 
 void ScanDriver::scanStart() {
+    ++m_state.scanGeneration;
     m_state.isScanRunning = true;
     PrepareForScan();
     m_observer.listScanWillStart();
@@ -105,6 +107,7 @@ void ScanDriver::scanStart() {
 }
 
 void ScanDriver::PrepareForScan() {
+    loadSettings(m_state.settings);
     m_state.AllFileFolderDic.clear();
     m_state.DuplicateFileFolderArray.clear();
     m_state.totalCount = 0;
@@ -116,7 +119,6 @@ void ScanDriver::PrepareForScan() {
 }
 
 void ScanDriver::startScanningwithmultithread() {
-    loadSettings(m_state.settings);
     QElapsedTimer timer;
     timer.start();
     m_observer.setFlo(1);

@@ -19,7 +19,8 @@ public:
     ScanDriver(ScanState& state, ScanObserver& observer);
     ~ScanDriver();
 
-    // Loads ScanSettings before each scan; by default from the user-defaults store, writing back
+    // Loads ScanSettings before each scan, on the thread that starts it, into the state's own copy
+    // that only the scan reads until it ends; by default from the user-defaults store, writing back
     // any missing default.
     std::function<void(ScanSettings&)> loadSettings;
 

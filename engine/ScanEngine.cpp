@@ -27,13 +27,44 @@ struct TargetStep {
     Fingerprint fingerprint;
 };
 
-// Hands a target-level file to the planner; one that may not be read is "NOHash" at once.
 void planFile(ContentPlanner& planner, TargetStep& step, const FileSystem::ItemInfo& info, bool published) {
-    if (!info.readable) {
-        step.fingerprint = Fingerprint::noHash();
+    planner.addFile({ &step.fingerprint, info.size, -1, -1, step.path }, published, nullptr);
+}
+
+// The targets as they are walked: a symbolic link given as a target stands for the item it names,
+// and a folder met again (the same path, or a folder inside another target) is walked once, where
+// the other target reaches it. Targets that name nothing are kept for the walk to report.
+QList<QByteArray> walkedTargets(const QList<QByteArray>& targets) {
+    QList<QByteArray> resolved;
+    QList<bool> isFolder;
+    resolved.reserve(targets.size());
+    for (const QByteArray& target : targets) {
+        const QByteArray real = FileSystem::resolveTarget(target);
+        resolved.append(real.isEmpty() ? target : real);
+        FileSystem::ItemInfo info;
+        isFolder.append(FileSystem::stat(resolved.last(), info) && info.kind == FileSystem::Kind::Directory);
+    }
+    QList<QByteArray> out;
+    for (qsizetype i = 0; i < resolved.size(); ++i) {
+        const QByteArray& path = resolved[i];
+        bool repeated = false;
+        for (qsizetype j = 0; j < resolved.size() && !repeated; ++j)
+            repeated = (j < i && resolved[j] == path) || (isFolder[i] && PathBytes::isDescendant(path, resolved[j]));
+        if (repeated)
+            Log::line(QStringLiteral("already scanned as part of another target: %1").arg(PathBytes::display(path)));
+        else
+            out.append(path);
+    }
+    return out;
+}
+
+// Records a target whose read is settled; a file that was gone by then is left out.
+void record(FingerprintTable& table, const QByteArray& path, const Fingerprint& fingerprint) {
+    if (fingerprint.kind() == Fingerprint::Kind::Vanished) {
+        Log::line(QStringLiteral("gone before it was read: %1").arg(PathBytes::display(path)));
         return;
     }
-    planner.addFile({ &step.fingerprint, info.size, -1, -1, step.path }, published, nullptr);
+    table.insert(path, fingerprint);
 }
 
 QString seconds(const QElapsedTimer& timer) {
@@ -51,9 +82,8 @@ ScanEngine::ScanEngine(ScanState& state, ScanObserver& observer)
 void ScanEngine::rebuildIgnoreSets() {
     m_ignoredTypes
         = QSet<QString>(m_state.settings.ignoreFileTypeList.cbegin(), m_state.settings.ignoreFileTypeList.cend());
-    m_ignoredFolders.clear();
-    for (const QString& folder : m_state.settings.ignoreFolderList)
-        m_ignoredFolders.insert(folder.toUtf8());
+    m_ignoredFolders
+        = QSet<QByteArray>(m_state.settings.ignoreFolderList.cbegin(), m_state.settings.ignoreFolderList.cend());
 }
 
 bool ScanEngine::isIgnoredType(const QByteArray& path) const {
@@ -79,9 +109,10 @@ bool ScanEngine::checkForWhiteList(const QByteArray& path) const {
     }
 }
 
-void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor) {
-    m_state.scanRoots = targets;
+void ScanEngine::walkRecursive(const QList<QByteArray>& givenTargets, Flavor flavor) {
     rebuildIgnoreSets();
+    const QList<QByteArray> targets = walkedTargets(givenTargets);
+    m_state.scanRoots = targets;
     const ScanSettings& settings = m_state.settings;
     FingerprintTable& unitTable = flavor == Flavor::FolderScan ? m_state.hashDic : m_state.AllFileFolderDic;
     FingerprintTable& fileTable = flavor == Flavor::FolderScan ? m_state.hashDic : m_state.AllFileFileDic;
@@ -113,8 +144,7 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor) 
                 if (isIgnoredType(step.path)) {
                     step.action = TargetStep::RecordTimeStamp;
                 } else {
-                    const auto sum = FileSystem::sumUnit(step.path, FileSystem::SizeKey::Logical);
-                    step.fingerprint = unitFingerprint(sum.bytes, extension);
+                    step.fingerprint = measuredUnitFingerprint(step.path, FileSystem::SizeKey::Logical, extension);
                     step.action = TargetStep::Record;
                 }
                 ++totalCount;
@@ -135,18 +165,17 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor) 
                     ++totalCount;
                 } else if (PathBytes::isHidden(step.path)) {
                     // A hidden target folder is one unit whatever the hidden-files setting says.
-                    const auto sum = FileSystem::sumUnit(step.path, FileSystem::SizeKey::Allocated);
-                    step.fingerprint = unitFingerprint(sum.bytes, extension);
+                    step.fingerprint = measuredUnitFingerprint(step.path, FileSystem::SizeKey::Allocated, extension);
                     step.action = TargetStep::Record;
                     ++totalCount;
                 } else if (extension == "framework") {
-                    const auto sum = FileSystem::sumUnit(step.path, FileSystem::SizeKey::Logical);
-                    step.fingerprint = unitFingerprint(sum.bytes, extension);
+                    step.fingerprint = measuredUnitFingerprint(step.path, FileSystem::SizeKey::Logical, extension);
                     step.action = TargetStep::Record;
                     ++totalCount;
                 } else {
-                    step.action = TargetStep::Node;
                     step.node = walker.walkFolder(step.path);
+                    if (step.node >= 0)
+                        step.action = TargetStep::Node;
                 }
             }
         }
@@ -161,7 +190,7 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor) 
         case TargetStep::None:
             break;
         case TargetStep::Record:
-            table.insert(step.path, step.fingerprint);
+            record(table, step.path, step.fingerprint);
             break;
         case TargetStep::RecordTimeStamp:
             table.insert(step.path, createRandomBytes());
@@ -180,9 +209,10 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& targets, Flavor flavor) 
     }
 }
 
-void ScanEngine::walkFlat(const QList<QByteArray>& targets, Flavor flavor) {
-    m_state.scanRoots = targets;
+void ScanEngine::walkFlat(const QList<QByteArray>& givenTargets, Flavor flavor) {
     rebuildIgnoreSets();
+    const QList<QByteArray> targets = walkedTargets(givenTargets);
+    m_state.scanRoots = targets;
     FingerprintTable& unitTable = flavor == Flavor::FolderScan ? m_state.hashDic : m_state.AllFileFolderDic;
     FingerprintTable& fileTable = flavor == Flavor::FolderScan ? m_state.hashDic : m_state.AllFileFileDic;
     std::atomic<qint64>& totalCount = m_state.totalCount;
@@ -212,8 +242,8 @@ void ScanEngine::walkFlat(const QList<QByteArray>& targets, Flavor flavor) {
                 step.action = TargetStep::Record;
                 planFile(planner, step, info, flavor == Flavor::FolderScan);
             } else if (info.kind == FileSystem::Kind::Directory) {
-                const auto sum = FileSystem::sumUnit(step.path, FileSystem::SizeKey::Allocated);
-                step.fingerprint = unitFingerprint(sum.bytes, PathBytes::pathExtension(step.path));
+                step.fingerprint = measuredUnitFingerprint(
+                    step.path, FileSystem::SizeKey::Allocated, PathBytes::pathExtension(step.path));
                 step.action = TargetStep::Record;
                 ++totalCount;
             }
@@ -223,7 +253,7 @@ void ScanEngine::walkFlat(const QList<QByteArray>& targets, Flavor flavor) {
     }
     for (const TargetStep& step : steps) {
         if (step.action == TargetStep::Record)
-            (step.fileTable ? fileTable : unitTable).insert(step.path, step.fingerprint);
+            record(step.fileTable ? fileTable : unitTable, step.path, step.fingerprint);
     }
 }
 
@@ -278,7 +308,7 @@ void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& target
             steps.push_back(TargetStep { path, TargetStep::Record, false, -1, Fingerprint() });
             planFile(planner, steps.back(), info, true);
         };
-        for (const QByteArray& target : targets) {
+        for (const QByteArray& target : walkedTargets(targets)) {
             FileSystem::ItemInfo info;
             if (!FileSystem::stat(target, info)) {
                 Log::line(QStringLiteral("no such item %1").arg(PathBytes::display(target)));
@@ -308,7 +338,7 @@ void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& target
         pool.waitForAll();
     }
     for (const TargetStep& step : steps)
-        m_state.AllFileFolderDic.insert(step.path, step.fingerprint);
+        record(m_state.AllFileFolderDic, step.path, step.fingerprint);
     Log::line(QStringLiteral("scannig time ") + seconds(timer));
     scanAddedFolder();
 }

@@ -33,6 +33,9 @@ struct ScanState {
     bool photoScan = false;
 
     std::atomic<bool> isScanRunning { false };
+    // Counts the scans started: a delayed step of one scan compares it to know whether another
+    // scan has started since.
+    std::atomic<quint64> scanGeneration { 0 };
 
     std::atomic<qint64> totalCount { 0 };
     std::atomic<qint64> totalDuplicateCountFiles { 0 };

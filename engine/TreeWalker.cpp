@@ -1,11 +1,13 @@
 #include "engine/TreeWalker.h"
 
+#include "base/Log.h"
 #include "base/PathBytes.h"
 #include "base/ScanSettings.h"
 #include "detect/FileHash.h"
 #include "engine/ContentPlanner.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/magic.h>
@@ -13,9 +15,6 @@
 #include <unistd.h>
 
 namespace {
-
-// Deeper than this a folder is taken as unreadable: its path could not be opened by name anyway.
-constexpr int kMaxDepth = 2048;
 
 // Kernel and process information presented as files; reading them is meaningless and can block.
 bool isVirtualFileSystem(const QByteArray& path) {
@@ -48,6 +47,19 @@ Fingerprint unitFingerprint(qint64 totalSize, const QByteArray& extension) {
     return Fingerprint::fromDigest(md5Digest(QByteArray::number(totalSize) + extension));
 }
 
+Fingerprint measuredUnitFingerprint(
+    const QByteArray& path, FileSystem::SizeKey key, const QByteArray& extension, qint64* items) {
+    const FileSystem::UnitSum sum = FileSystem::sumUnit(path, key);
+    if (items)
+        *items = sum.items;
+    if (!sum.complete) {
+        Log::line(QStringLiteral("folder could not be listed in full, compared with nothing: %1")
+                      .arg(PathBytes::display(path)));
+        return createRandomBytes();
+    }
+    return unitFingerprint(sum.bytes, extension);
+}
+
 TreeWalker::TreeWalker(
     const WalkRules& rules, FolderTree& tree, ContentPlanner& planner, std::atomic<qint64>& totalCount)
     : m_rules(rules)
@@ -57,27 +69,27 @@ TreeWalker::TreeWalker(
 
 qint32 TreeWalker::addNode(const QByteArray& path, qint32 parent, const FileSystem::ItemInfo& info, bool enter) {
     const auto index = static_cast<qint32>(m_tree.nodes.size());
-    m_tree.nodes.push_back(FolderTreeNode { path, {}, parent, true });
+    m_tree.nodes.push_back(FolderTreeNode { path, {}, parent, true, true });
     const int depth = parent < 0 ? 0 : m_origins[static_cast<size_t>(parent)].depth + 1;
-    m_origins.push_back({ parent, info.device, info.inode, depth, enter });
+    m_origins.push_back({ info.device, depth, enter });
+    if (enter)
+        m_entered.insert({ static_cast<quint64>(info.device), static_cast<quint64>(info.inode) });
     return index;
 }
 
-bool TreeWalker::mayEnter(qint32 parent, const FileSystem::ItemInfo& info) const {
-    const Origin& origin = m_origins[static_cast<size_t>(parent)];
-    if (origin.depth + 1 > kMaxDepth)
-        return false;
-    for (qint32 i = parent; i >= 0; i = m_origins[static_cast<size_t>(i)].parent) {
-        if (m_origins[static_cast<size_t>(i)].device == info.device
-            && m_origins[static_cast<size_t>(i)].inode == info.inode)
-            return false; // a bind mount of an ancestor
-    }
-    return true;
+void TreeWalker::markIncomplete(qint32 index, const QString& reason) {
+    FolderTreeNode& folder = m_tree.nodes[static_cast<size_t>(index)];
+    folder.listedInFull = false;
+    Log::line(QStringLiteral("%1, compared with nothing: %2").arg(reason, PathBytes::display(folder.path)));
 }
 
 qint32 TreeWalker::walkFolder(const QByteArray& path) {
     FileSystem::ItemInfo info;
     FileSystem::stat(path, info);
+    if (m_entered.contains({ static_cast<quint64>(info.device), static_cast<quint64>(info.inode) })) {
+        Log::line(QStringLiteral("already scanned through another path: %1").arg(PathBytes::display(path)));
+        return -1;
+    }
     const qint32 root = addNode(path, -1, info, !isVirtualFileSystem(path));
     std::vector<qint32> pending { root };
     while (!pending.empty()) {
@@ -90,8 +102,14 @@ qint32 TreeWalker::walkFolder(const QByteArray& path) {
 }
 
 void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
-    if (!m_origins[static_cast<size_t>(index)].enter)
+    const Origin origin = m_origins[static_cast<size_t>(index)];
+    if (!origin.enter) {
+        markIncomplete(index,
+            origin.depth > kMaxDepth
+                ? QStringLiteral("deeper than %1 folders below its target, not walked").arg(kMaxDepth)
+                : QStringLiteral("kernel file system, not walked"));
         return;
+    }
     FolderTreeNode& folder = m_tree.nodes[static_cast<size_t>(index)];
 
     std::vector<std::pair<QByteArray, FileSystem::ItemInfo>> entries;
@@ -101,17 +119,29 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
         if (!dir) {
             if (fd >= 0)
                 ::close(fd);
-            return; // unreadable: listed as having no children
+            markIncomplete(index, QStringLiteral("folder could not be listed"));
+            return;
         }
-        while (const dirent* entry = ::readdir(dir)) {
+        bool complete = true;
+        for (;;) {
+            errno = 0;
+            const dirent* entry = ::readdir(dir);
+            if (!entry) {
+                complete = complete && errno == 0;
+                break;
+            }
             const char* name = entry->d_name;
             if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
                 continue;
             FileSystem::ItemInfo info;
             if (FileSystem::statAt(::dirfd(dir), name, info))
                 entries.emplace_back(QByteArray(name), info);
+            else if (errno != ENOENT)
+                complete = false; // there, but not to be looked at (a folder without search right)
         }
         ::closedir(dir);
+        if (!complete)
+            markIncomplete(index, QStringLiteral("folder could not be listed in full"));
     }
     std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
 
@@ -127,7 +157,18 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
             const bool opaque
                 = PathBytes::isPackageExtension(extension) || PathBytes::isHiddenName(name) || extension == "framework";
             const QByteArray childPath = PathBytes::appendingComponent(folder.path, name);
-            if (opaque) {
+            const bool entered
+                = m_entered.contains({ static_cast<quint64>(info.device), static_cast<quint64>(info.inode) });
+            if (m_rules.ignoredFolders.contains(childPath) || entered) {
+                // Ignored folders are skipped whatever kind of folder they are; a folder already
+                // walked (a bind mount of it, say) is not walked again.
+                if (entered)
+                    Log::line(
+                        QStringLiteral("already scanned through another path: %1").arg(PathBytes::display(childPath)));
+                child.marker = ChildMarker::D;
+                child.excluded = true;
+                m_totalCount.fetch_add(1, std::memory_order_relaxed);
+            } else if (opaque) {
                 child.marker = ChildMarker::FD;
                 if (!scanBundles) {
                     child.fingerprint = Fingerprint::fromDigest(md5Digest(childPath));
@@ -135,21 +176,18 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
                     child.excluded = true;
                     m_totalCount.fetch_add(1, std::memory_order_relaxed);
                 } else {
-                    const FileSystem::UnitSum sum = FileSystem::sumUnit(childPath, FileSystem::SizeKey::Logical);
-                    m_totalCount.fetch_add(sum.items, std::memory_order_relaxed);
-                    child.fingerprint = unitFingerprint(sum.bytes, extension);
+                    qint64 items = 0;
+                    child.fingerprint
+                        = measuredUnitFingerprint(childPath, FileSystem::SizeKey::Logical, extension, &items);
+                    m_totalCount.fetch_add(items, std::memory_order_relaxed);
                 }
             } else {
                 child.marker = ChildMarker::D;
-                if (m_rules.ignoredFolders.contains(childPath)) {
-                    child.excluded = true;
-                } else {
-                    bool enter = mayEnter(index, info);
-                    if (enter && info.device != m_origins[static_cast<size_t>(index)].device)
-                        enter = !isVirtualFileSystem(childPath);
-                    child.node = addNode(childPath, index, info, enter);
-                    subfolders.push_back(child.node);
-                }
+                bool enter = origin.depth + 1 <= kMaxDepth;
+                if (enter && info.device != origin.device)
+                    enter = !isVirtualFileSystem(childPath);
+                child.node = addNode(childPath, index, info, enter);
+                subfolders.push_back(child.node);
                 m_totalCount.fetch_add(1, std::memory_order_relaxed);
             }
         } else if (info.kind == FileSystem::Kind::Regular) {
@@ -158,7 +196,6 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
             child.marker = ChildMarker::F;
             child.allocated = info.allocated;
             child.size = info.size;
-            child.unreadable = !info.readable;
             if (m_rules.ignoredTypes.contains(PathBytes::lowerExtension(name))) {
                 child.excluded = true;
                 m_totalCount.fetch_add(1, std::memory_order_relaxed);
@@ -178,11 +215,6 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
         FolderChild& child = node.children[i];
         if (child.marker != ChildMarker::F || child.excluded)
             continue;
-        if (child.unreadable) {
-            child.fingerprint = Fingerprint::noHash();
-            m_totalCount.fetch_add(1, std::memory_order_relaxed);
-            continue;
-        }
         // Files under the minimum size are not candidates themselves, only parts of their folder.
         m_planner.addFile(
             { &child.fingerprint, child.size, index, static_cast<qint32>(i), {} }, child.allocated >= nub, &m_tree);

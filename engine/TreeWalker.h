@@ -21,33 +21,47 @@ struct WalkRules {
 // name order and classified as the folder nodes classify them, units summed, and every file handed
 // to the content planner, which decides whether it is read. Items are counted as the nodes would
 // count them (files once their digest is settled), so the live figure rises while the work goes on.
+//
+// One walker serves every target of a scan and enters each folder (device and inode) once: a bind
+// mount, or a target reached again through another path, is a child that matches nothing and is not
+// walked. A folder that cannot be listed in full, or lies deeper than the walk goes, is marked so
+// (its fingerprint then matches nothing), with a log line.
 class TreeWalker {
 public:
     TreeWalker(const WalkRules& rules, FolderTree& tree, ContentPlanner& planner, std::atomic<qint64>& totalCount);
 
-    // Returns the index of the target's folder in the tree.
+    // Returns the index of the target's folder in the tree, or -1 (with a log line) when this
+    // folder was already walked in this scan.
     qint32 walkFolder(const QByteArray& path);
+
+    // Folders are not walked deeper than this below their target.
+    static constexpr int kMaxDepth = 2048;
 
 private:
     struct Origin {
-        qint32 parent;
         dev_t device;
-        ino_t inode;
         int depth;
         bool enter;
     };
 
     qint32 addNode(const QByteArray& path, qint32 parent, const FileSystem::ItemInfo& info, bool enter);
     void listFolder(qint32 index, std::vector<qint32>& pending);
-    bool mayEnter(qint32 parent, const FileSystem::ItemInfo& info) const;
+    // Marks the folder as not seen in full and says why in the log.
+    void markIncomplete(qint32 index, const QString& reason);
 
     const WalkRules& m_rules;
     FolderTree& m_tree;
     ContentPlanner& m_planner;
     std::atomic<qint64>& m_totalCount;
     std::vector<Origin> m_origins;
+    QSet<QPair<quint64, quint64>> m_entered; // (device, inode) of every folder walked
 };
 
 // The fingerprint of a folder or bundle compared as one unit: MD5 of its summed size followed by
 // its extension ("4096app").
 Fingerprint unitFingerprint(qint64 totalSize, const QByteArray& extension);
+
+// Sums the folder at `path` and gives its unit fingerprint; a folder that could not be summed in
+// full gets a fresh time-stamp instead, with a log line. `items` receives the items enumerated.
+Fingerprint measuredUnitFingerprint(
+    const QByteArray& path, FileSystem::SizeKey key, const QByteArray& extension, qint64* items = nullptr);

@@ -308,6 +308,38 @@ private slots:
         QVERIFY(road.tree.exists("data/solo.bin") && road.tree.exists("data/old/other.bin"));
     }
 
+    // Copies chosen in one result are never carried into the next: every kind of scan starts with
+    // nothing chosen in either list.
+    void aNewScanStartsWithNothingChosen() {
+        Road road;
+        road.scanAndShow();
+        AppFixture& f = road.f;
+        auto choose = [&] {
+            road.screen->autoSelectItem(Selection::keepOldestTitle())->trigger();
+            QCOMPARE(f.app->selection().duplicateSelectedArray.size(), 4);
+            FileDictionary listed;
+            listed.url = road.tree.path("data/a.jpg");
+            f.app->SelectedFileFolderArray().append(listed);
+        };
+        choose();
+        QTest::mouseClick(f.app->backButton(), Qt::LeftButton);
+        f.setup()->checkAndReloadTableView({ road.tree.path("data/old") });
+        QTest::mouseClick(f.app->nextButton(), Qt::LeftButton); // a folder scan of another folder
+        QVERIFY(f.app->selection().duplicateSelectedArray.isEmpty());
+        QVERIFY(f.app->SelectedFileFolderArray().isEmpty());
+        QTRY_COMPARE_WITH_TIMEOUT(f.app->typetoolbar(), 3, kScanTimeoutMs);
+
+        // The result of a scan of data/ again, then a list scan.
+        QTest::mouseClick(f.app->backButton(), Qt::LeftButton);
+        road.scanAndShow();
+        choose();
+        f.app->addDragFile({ road.tree.path("data/old") });
+        f.app->scanStart();
+        QVERIFY(f.app->selection().duplicateSelectedArray.isEmpty());
+        QVERIFY(f.app->SelectedFileFolderArray().isEmpty());
+        QTRY_VERIFY_WITH_TIMEOUT(!f.app->state().isScanRunning, kScanTimeoutMs);
+    }
+
     void dropingEveryRowClosesTheSheetUntouched() {
         Road road;
         road.scanAndShow();

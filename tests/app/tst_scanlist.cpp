@@ -118,6 +118,24 @@ private:
     }
 
 private slots:
+    // A list scan that found nothing clears the running flag once more a moment later: that step
+    // must leave alone a scan started in between.
+    void aLaterScanKeepsItsRunningFlag() {
+        TempTree tree;
+        tree.file("lone/a.txt", "only one");
+        AppFixture f;
+        f.app->ShowScanList_Menubar();
+        f.app->addDragFile({ tree.path("lone") });
+        f.app->scanStart();
+        QTRY_VERIFY_WITH_TIMEOUT(!f.app->state().isScanRunning, kScanTimeoutMs);
+        // The next scan starts as the driver starts every scan, and is still running 1.5 s later.
+        ++f.app->state().scanGeneration;
+        f.app->state().isScanRunning = true;
+        QTest::qWait(1700);
+        QVERIFY(f.app->state().isScanRunning);
+        f.app->state().isScanRunning = false;
+    }
+
     void theTargetListTakesPanelsDropsAndRemovals() {
         TempTree tree;
         const QByteArray one = tree.folder("one");

@@ -56,7 +56,10 @@ private slots:
         QTest::newRow("folder") << List { "dir" } << true << List { "dir" } << 0;
         QTest::newRow("file only") << List { "file.txt" } << false << List {} << 0;
         QTest::newRow("folder and file") << List { "file.txt", "dir" } << true << List { "dir" } << 0;
-        QTest::newRow("link to a folder") << List { "link" } << false << List {} << 0;
+        // A link stands for the folder it names; one that names nothing is not taken.
+        QTest::newRow("link to a folder") << List { "link" } << true << List { "dir" } << 0;
+        QTest::newRow("link and its folder") << List { "dir", "link" } << true << List { "dir" } << 1;
+        QTest::newRow("dangling link") << List { "dangling" } << false << List {} << 0;
         QTest::newRow("missing") << List { "gone" } << false << List {} << 0;
         QTest::newRow("web address") << List { "http://example.org/dir" } << false << List {} << 0;
         QTest::newRow("name not UTF-8") << List { "caf\xe9" } << true << List { "caf\xe9" } << 0;
@@ -72,6 +75,7 @@ private slots:
         tree.folder("caf\xe9");
         tree.file("file.txt", "text");
         tree.symlink("link", tree.path("dir"));
+        tree.symlink("dangling", "gone");
         QList<QByteArray> urls;
         for (const QByteArray& item : items)
             urls.append(item.startsWith("http:") ? item : fileUrl(tree.path(item)));
@@ -160,10 +164,23 @@ private slots:
     void aSizeWalkStopsWhenTold() {
         TempTree tree;
         tree.sizedFile("one/a", 5000);
+        tree.sizedFile("two/b", 5000);
         const std::atomic<bool> stop { true };
         const FileSystem::UnitSum sum = FileSystem::sumUnit(tree.path("one"), FileSystem::SizeKey::Allocated, &stop);
         QVERIFY(!sum.complete);
         QCOMPARE(sum.items, 0);
+
+        // Removing a row, or starting a scan, stops the walks concerned: no size is shown for them.
+        AppFixture f;
+        FolderListModel* model = f.setup()->model();
+        f.setup()->checkAndReloadTableView({ tree.path("one"), tree.path("two") });
+        f.setup()->removeFromList(0);
+        f.app->StartScan(f.setup()->folderList());
+        model->waitForSizes();
+        QTRY_COMPARE_WITH_TIMEOUT(f.app->typetoolbar(), 3, kScanTimeoutMs);
+        QCOMPARE(model->runningSizeWalks(), 0);
+        QCOMPARE(model->tempSizeCount().value(tree.path("one")), QStringLiteral("Calculating..."));
+        QCOMPARE(model->tempSizeCount().value(tree.path("two")), QStringLiteral("Calculating..."));
     }
 
     void theHomeScanAsksOnceAndRemembersTheGrant() {

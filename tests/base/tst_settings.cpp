@@ -3,6 +3,7 @@
 #include "support/TempTree.h"
 
 #include <QDir>
+#include <QFile>
 #include <QtTest>
 
 class TestSettings : public QObject {
@@ -20,7 +21,8 @@ private slots:
             QCOMPARE(settings.ignoreFileTypeList.size(), 29);
             QCOMPARE(settings.ignoreFileTypeList.first(), QStringLiteral("h"));
             QCOMPARE(settings.ignoreFileTypeList.last(), QStringLiteral("sqlite"));
-            QCOMPARE(settings.ignoreFolderList, QStringList { QDir::homePath() + QStringLiteral("/.local") });
+            const QByteArray home = QFile::encodeName(QDir::homePath());
+            QCOMPARE(settings.ignoreFolderList, (QList<QByteArray> { home + "/.local", home + "/.cache" }));
         }
         // A fresh reader of the file sees all six keys with their types.
         QVERIFY(SettingsStore::defaultFilePath().startsWith(QString::fromUtf8(environment.configHome())));
@@ -29,7 +31,7 @@ private slots:
             { "checkSubDir", "checkHdn", "checkPKG", "SkipLessThen", "ignoreFileTypeList", "ignoreFolderList" })
             QVERIFY2(reread.contains(QLatin1String(key)), key);
         QCOMPARE(reread.doubleValue(QStringLiteral("SkipLessThen")), 38.318217);
-        QCOMPARE(reread.stringList(QStringLiteral("ignoreFolderList")).size(), 1);
+        QCOMPARE(loadFolderList(reread).size(), 2);
         QCOMPARE(reread.stringList(QStringLiteral("ignoreFileTypeList")).size(), 29);
     }
 
@@ -48,7 +50,33 @@ private slots:
         QCOMPARE(settings.checkSubDir, QStringLiteral("N")); // only an exact "n" means no
         QCOMPARE(settings.nub, qint64(0));
         QVERIFY(settings.ignoreFileTypeList.isEmpty()); // an emptied list is not refilled
-        QCOMPARE(settings.ignoreFolderList, QStringList { QStringLiteral("/data/a, b") });
+        // A list written as text by an earlier version is read as its UTF-8 bytes.
+        QCOMPARE(settings.ignoreFolderList, QList<QByteArray> { "/data/a, b" });
+    }
+
+    // Ignored folders go through the INI file byte for byte, and ignored types are kept in their
+    // plain lower-case form, however they were typed or stored.
+    void storedListsComeBackExactly() {
+        TempEnvironment environment;
+        const QList<QByteArray> folders { "/data/caf\xe9", "/data/\xff\xfe/x", "/data/a, b", "/data/\"q\"=\\%41",
+            QByteArray("/data/\xc3\xa9t\xc3\xa9") };
+        {
+            SettingsStore store;
+            storeFolderList(store, folders);
+            store.setValue(QStringLiteral("ignoreFileTypeList"), QStringList { ".PDF", "GZ", " ..Tar ", "jpg" });
+        }
+        SettingsStore store;
+        ScanSettings settings;
+        getAppSetting(settings, store);
+        QCOMPARE(settings.ignoreFolderList, folders);
+        QCOMPARE(settings.ignoreFileTypeList, (QStringList { "pdf", "gz", "tar", "jpg" }));
+
+        storeFolderList(store, { "/only/one" });
+        store.synchronize();
+        QCOMPARE(loadFolderList(SettingsStore()), QList<QByteArray> { "/only/one" });
+        storeFolderList(store, {});
+        store.synchronize();
+        QVERIFY(loadFolderList(SettingsStore()).isEmpty());
     }
 
     void sliderMapping_data() {

@@ -230,6 +230,28 @@ private slots:
         QCOMPARE(missing.status, 1);
         QVERIFY(missing.err.contains("gone"));
         QVERIFY(missing.out.contains("items scanned"));
+        // A link that names nothing is a missing path, by the same words and status.
+        for (const QByteArray& link : { tree.symlink("dangling", "gone"), tree.symlink("loop", "loop") }) {
+            const Run broken = twinsift({ "scan", "--no-progress", link, tree.root() });
+            QCOMPARE(broken.status, 1);
+            QCOMPARE(broken.err, "twinsift: " + link + ": No such file or directory\n");
+        }
+        // An empty word is refused before anything is scanned.
+        const Run empty = twinsift({ "scan", "--keep", "oldest", "--action", "delete", "--yes", "" });
+        QCOMPARE(empty.status, 2);
+        QVERIFY(empty.out.isEmpty());
+        QVERIFY(empty.err.contains("empty PATH"));
+    }
+
+    void aLinkedTargetIsScannedAsItsFolder() {
+        TempEnvironment environment;
+        TempTree tree;
+        tree.file("real/a.jpg", "same picture");
+        tree.file("real/b.jpg", "same picture");
+        const Run run = twinsift({ "scan", "--no-progress", "--min-size", "0", tree.symlink("Pictures", "real") });
+        QCOMPARE(run.status, 0);
+        QVERIFY2(run.out.contains(tree.path("real/a.jpg")) && run.out.contains(tree.path("real/b.jpg")),
+            run.out.constData());
     }
 };
 

@@ -77,12 +77,16 @@ private slots:
         QCOMPARE(outcome.examined, 6);
     }
 
-    void unreadableItemsGroupTogether() {
+    void unreadableItemsNeverGroup() {
         FingerprintTable table;
         table.insert("/r/a", Fingerprint::noHash());
         table.insert("/r/b", Fingerprint::noHash());
         table.insert("/r/c/d", Fingerprint::noHash());
-        QCOMPARE(group(table, 0).groups, (QList<QList<QByteArray>> { { "/r/a", "/r/b", "/r/c/d" } }));
+        table.insert("/r/e", fp("x"));
+        table.insert("/r/f", fp("x"));
+        const Outcome outcome = group(table, 0);
+        QCOMPARE(outcome.groups, (QList<QList<QByteArray>> { { "/r/e", "/r/f" } }));
+        QCOMPARE(outcome.examined, 5);
     }
 
     void aRepeatedPathKeepsItsPlaceAndItsLastValue() {

@@ -1,15 +1,20 @@
 #include "base/FileSystem.h"
+#include "base/PathBytes.h"
 #include "detect/FileHash.h"
+#include "detect/FolderNode.h"
 #include "engine/ScanEngine.h"
 #include "engine/ScanHarness.h"
 #include "engine/ScanObserver.h"
 #include "engine/ScanState.h"
 #include "support/TempTree.h"
+#include "support/Unprivileged.h"
 
 #include <QRegularExpression>
 #include <QtTest>
 #include <functional>
 #include <random>
+#include <sys/mount.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -35,6 +40,31 @@ qint64 allocatedSize(const QByteArray& path) {
     FileSystem::stat(path, info);
     return info.allocated;
 }
+
+// Groups as text, one group a line, members joined by "|": what a child process hands back.
+QByteArray groupsText(const QList<QList<QByteArray>>& groups) {
+    QByteArray out;
+    for (const QList<QByteArray>& group : groups)
+        out += group.join('|') + '\n';
+    return out;
+}
+
+// A bind mount made for one test, undone when the test ends (before its tree is removed).
+class BindMount {
+public:
+    BindMount(const QByteArray& source, const QByteArray& target)
+        : m_target(target)
+        , m_mounted(::mount(source.constData(), target.constData(), nullptr, MS_BIND, nullptr) == 0) { }
+    ~BindMount() {
+        if (m_mounted)
+            ::umount2(m_target.constData(), MNT_DETACH);
+    }
+    bool isMounted() const { return m_mounted; }
+
+private:
+    QByteArray m_target;
+    bool m_mounted;
+};
 
 } // namespace
 
@@ -114,12 +144,12 @@ private slots:
         tree.file("K/other.txt", "unrelated");
 
         ScanHarness scan;
-        scan.state.settings.ignoreFolderList = { QString::fromUtf8(tree.path("K/skip")) };
+        scan.state.settings.ignoreFolderList = { tree.path("K/skip") };
         scan.scan({ tree.root() });
 
         QVERIFY(scan.table.value(tree.path("I")) != scan.table.value(tree.path("J")));
         QVERIFY(!scan.table.contains(tree.path("I/a.plist")));
-        QVERIFY(isTimeStamp(scan.table.value(tree.path("K/skip"))));
+        QVERIFY(!scan.table.contains(tree.path("K/skip")));
         QVERIFY(!scan.table.contains(tree.path("K/skip/inner.txt")));
         QCOMPARE(scan.groups(), (QList<QList<QByteArray>> { { tree.path("I/b.txt"), tree.path("J/b.txt") } }));
     }
@@ -163,7 +193,7 @@ private slots:
         const QByteArray link = tree.symlink("link", "Kit.framework");
 
         ScanHarness scan;
-        scan.state.settings.ignoreFolderList = { QString::fromUtf8(tree.path("Library")) };
+        scan.state.settings.ignoreFolderList = { tree.path("Library") };
         scan.scan({ hiddenFile, tree.path(".config"), plist, tree.path("Kit.Framework"), tree.path("Kit.framework"),
             tree.path("Library/Caches"), link, tree.path("missing") });
         Q_UNUSED(hiddenFolder);
@@ -300,6 +330,196 @@ private slots:
         QCOMPARE(planned.groups(), all.groups());
         QCOMPARE(planned.state.totalCount.load(), all.state.totalCount.load());
         QCOMPARE(planned.state.wastedSpaceDuplicates.load(), all.state.wastedSpaceDuplicates.load());
+    }
+
+    // One folder reached through two paths is walked once: nothing in it is its own duplicate, and
+    // it is counted once.
+    void aFolderIsWalkedOncePerScan_data() {
+        QTest::addColumn<QList<QByteArray>>("targets");
+        QTest::addColumn<bool>("bind");
+        QTest::addColumn<QList<QByteArray>>("reference");
+        QTest::newRow("bind mount inside a target") << QList<QByteArray> { "" } << true << QList<QByteArray> { "" };
+        QTest::newRow("bind mount as a second target")
+            << QList<QByteArray> { "A", "B" } << true << QList<QByteArray> { "A" };
+        QTest::newRow("target inside a target")
+            << QList<QByteArray> { "A/sub", "A" } << false << QList<QByteArray> { "A" };
+        QTest::newRow("target given twice, once by a link")
+            << QList<QByteArray> { "A", "linkA", "A" } << false << QList<QByteArray> { "A" };
+    }
+    void aFolderIsWalkedOncePerScan() {
+        QFETCH(QList<QByteArray>, targets);
+        QFETCH(bool, bind);
+        QFETCH(QList<QByteArray>, reference);
+        TempTree tree;
+        tree.file("A/x.txt", "one");
+        tree.file("A/y.txt", "two");
+        tree.file("A/sub/z.txt", "three");
+        tree.folder("B");
+        tree.symlink("linkA", "A");
+        auto absolute = [&](const QList<QByteArray>& relative) {
+            QList<QByteArray> out;
+            for (const QByteArray& path : relative)
+                out.append(tree.path(path));
+            return out;
+        };
+        ScanHarness before;
+        before.scan(absolute(reference));
+
+        std::optional<BindMount> mount;
+        if (bind) {
+            if (!Unprivileged::available())
+                QSKIP("bind mounts need root");
+            mount.emplace(tree.path("A"), tree.path("B"));
+            if (!mount->isMounted())
+                QSKIP("bind mounts are not allowed here");
+        }
+        ScanHarness scan;
+        scan.scan(absolute(targets));
+        QCOMPARE(scan.groups(), QList<QList<QByteArray>>());
+        QCOMPARE(scan.state.totalCount.load(), before.state.totalCount.load());
+        for (auto it = scan.table.cbegin(); it != scan.table.cend(); ++it)
+            QVERIFY2(!it.key().startsWith(tree.path("B")) || !bind, it.key().constData());
+    }
+
+    void linkedTargetsAreScannedAsTheFolderTheyName() {
+        TempTree tree;
+        tree.file("real/a.txt", "alpha");
+        tree.file("real/b.txt", "beta");
+        tree.file("copy/a.txt", "alpha");
+        tree.file("copy/b.txt", "beta");
+        const QByteArray link = tree.symlink("links/docs", "../real");
+        tree.symlink("links/chain", "docs");
+        tree.symlink("links/dangling", "nowhere");
+        tree.symlink("links/loop", "loop");
+
+        ScanHarness scan;
+        scan.scan(
+            { tree.path("links/chain"), tree.path("copy"), tree.path("links/dangling"), tree.path("links/loop") });
+        QCOMPARE(scan.groups(), (QList<QList<QByteArray>> { { tree.path("copy"), tree.path("real") } }));
+        QVERIFY(!scan.table.contains(link));
+        QCOMPARE(FileSystem::resolveTarget(link), tree.path("real"));
+        QCOMPARE(FileSystem::resolveTarget(tree.path("links/loop")), QByteArray());
+        QCOMPARE(FileSystem::resolveTarget(tree.path("links/dangling")), QByteArray());
+        QCOMPARE(FileSystem::resolveTarget(tree.path("copy")), tree.path("copy"));
+    }
+
+    // An ignored folder is neither walked nor published, whether it is an ordinary folder, a hidden
+    // one or a bundle (compared as units otherwise), or has a name that is not UTF-8; a twin of it
+    // elsewhere then has no partner.
+    void ignoredFoldersAreSkippedWhateverTheirKind_data() {
+        QTest::addColumn<QByteArray>("ignored");
+        QTest::addColumn<QByteArray>("twin");
+        QTest::newRow("ordinary") << QByteArray("skip") << QByteArray("other/skip");
+        QTest::newRow("hidden") << QByteArray(".local") << QByteArray("other/.local");
+        QTest::newRow("bundle") << QByteArray("Tool.app") << QByteArray("other/Tool.app");
+        QTest::newRow("not UTF-8") << QByteArray("caf\xe9") << QByteArray("other/caf\xe9");
+    }
+    void ignoredFoldersAreSkippedWhateverTheirKind() {
+        QFETCH(QByteArray, ignored);
+        QFETCH(QByteArray, twin);
+        TempTree tree;
+        tree.file("home/" + ignored + "/data.bin", "payload");
+        tree.file("home/" + ignored + "/more/notes.txt", "notes");
+        tree.file("home/" + twin + "/data.bin", "payload");
+        tree.file("home/" + twin + "/more/notes.txt", "notes");
+
+        ScanHarness scan;
+        scan.state.settings.ignoreFolderList = { tree.path("home/" + ignored) };
+        scan.scan({ tree.path("home") });
+        const QByteArray skipped = tree.path("home/" + ignored);
+        for (auto it = scan.table.cbegin(); it != scan.table.cend(); ++it)
+            QVERIFY2(it.key() != skipped && !PathBytes::isDescendant(it.key(), skipped), it.key().constData());
+        QCOMPARE(scan.groups(), QList<QList<QByteArray>>());
+    }
+
+    // Run as an ordinary user: a file is readable when its open succeeds (an ACL may allow what the
+    // mode bits do not), and content nobody could read - unreadable files, folders that could not
+    // be listed - matches nothing, not even itself.
+    void unreadContentMatchesNothing() {
+        if (!Unprivileged::available())
+            QSKIP("needs root to switch to the user nobody");
+        TempTree tree;
+        QVERIFY(::chmod(tree.root().constData(), 0755) == 0);
+        auto locked = [&](const QByteArray& relative, const QByteArray& content, mode_t mode = 0600) {
+            const QByteArray path = tree.file(relative, content);
+            ::chmod(path.constData(), mode);
+            return path;
+        };
+        const QByteArray aclA = locked("scan/acl/a.bin", "shared through an ACL");
+        const QByteArray aclB = locked("scan/acl/b.bin", "shared through an ACL");
+        if (!Unprivileged::grantReadByAcl(aclA) || !Unprivileged::grantReadByAcl(aclB))
+            QSKIP("setfacl is missing or the file system keeps no ACLs");
+        locked("scan/locked/p", "first");
+        locked("scan/locked/q", "second");
+        locked("scan/U1/s", "one secret");
+        locked("scan/U2/s", "another secret");
+        tree.folder("scan/E1");
+        locked("scan/L1/x", "hidden away");
+        locked("scan/L2/y", "elsewhere");
+        ::chmod(tree.path("scan/L1").constData(), 0700);
+        ::chmod(tree.path("scan/L2").constData(), 0700);
+        // Search right without listing, and listing without search right: neither is seen in full.
+        tree.file("scan/L3/z", "z");
+        ::chmod(tree.path("scan/L3").constData(), 0711);
+        tree.file("scan/L4/w", "w");
+        ::chmod(tree.path("scan/L4").constData(), 0744);
+        const QByteArray t1 = locked("t1.bin", "same bytes");
+        const QByteArray t2 = locked("t2.bin", "same bytes");
+
+        const std::optional<QByteArray> out = Unprivileged::run([&]() -> QByteArray {
+            ScanHarness scan;
+            scan.scan({ tree.path("scan") });
+            ScanHarness targets;
+            targets.scan({ t1, t2 });
+            return groupsText(scan.groups()) + "--\n" + scan.table.value(tree.path("scan/locked/p")) + '\n'
+                + QByteArray::number(targets.state.totalCount.load()) + '\n' + groupsText(targets.groups());
+        });
+        QVERIFY(out.has_value());
+        QCOMPARE(*out,
+            groupsText({ { aclA, aclB } }) + "--\n" + "NOHash\n"
+                + "2\n"); // both unreadable targets counted, and not grouped
+    }
+
+    // A file gone between the walk and its read is left out; one whose length changed meanwhile, or
+    // that is no longer a file, is compared with nothing. A folder holding either matches nothing.
+    void filesChangedAfterTheWalkAreNotCompared() {
+        TempTree tree;
+        const QByteArray kept = tree.file("F/kept", "12345");
+        const QByteArray grown = tree.file("F/grown", "123456");
+        const QByteArray pipe = tree.fifo("F/pipe");
+        QCOMPARE(FileHash::scanFingerprint(kept, 5).text(), md5Of("12345"));
+        QVERIFY(isTimeStamp(FileHash::scanFingerprint(grown, 5).text()));
+        QVERIFY(isTimeStamp(FileHash::scanFingerprint(pipe, 0).text()));
+        QCOMPARE(FileHash::scanFingerprint(tree.path("F/gone"), 5).kind(), Fingerprint::Kind::Vanished);
+        QCOMPARE(FileHash::scanFingerprint(tree.path("F/kept/below"), 5).kind(), Fingerprint::Kind::Vanished);
+
+        // Folded by hand: two folders alike but for a file that vanished, and one with an unreadable file.
+        FingerprintTable table;
+        FolderTree folders;
+        auto file = [](const QByteArray& name, const Fingerprint& fingerprint) {
+            FolderChild child;
+            child.name = name;
+            child.fingerprint = fingerprint;
+            return child;
+        };
+        const Fingerprint same = Fingerprint::fromDigest(md5Digest("same"));
+        folders.nodes.push_back({ tree.path("P"), { file("a", same), file("b", Fingerprint::vanished()) }, -1 });
+        folders.nodes.push_back({ tree.path("Q"), { file("a", same), file("b", Fingerprint::vanished()) }, -1 });
+        folders.nodes.push_back({ tree.path("R"), { file("a", same) }, -1 });
+        folders.nodes.push_back({ tree.path("S"), { file("a", same), file("c", Fingerprint::noHash()) }, -1 });
+        ScanSettings settings;
+        settings.nub = 0;
+        const QSet<QString> noTypes;
+        FolderNodeContext context { settings, noTypes, table, folders };
+        for (qint32 i = 0; i < 4; ++i)
+            scanDirectory::initWithURL(context, i);
+        const QHash<QByteArray, QByteArray> texts = table.toTextMap();
+        QVERIFY(!texts.contains(tree.path("P/b")));
+        QCOMPARE(texts.value(tree.path("P/a")), md5Of("same"));
+        QCOMPARE(texts.value(tree.path("S/c")), QByteArray("NOHash"));
+        for (const char* folder : { "P", "Q", "S" })
+            QVERIFY2(isTimeStamp(texts.value(tree.path(folder))), folder);
+        QCOMPARE(texts.value(tree.path("R")), folderHash({ md5Of("same") }));
     }
 
     void listAndPhotoScansFillTheGroupDictionaries() {
