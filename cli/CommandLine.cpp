@@ -277,7 +277,7 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
         const QByteArray target = PathBytes::normalized(path, cwd);
         FileSystem::ItemInfo info;
         if (!FileSystem::stat(target, info)) {
-            std::fprintf(err, "twinsift: %s: No such file or directory\n", path.constData());
+            std::fprintf(err, "twinsift: %s: No such file or directory\n", ResultWriter::textPath(path).constData());
             status = Failure;
             continue;
         }

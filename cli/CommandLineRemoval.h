@@ -12,9 +12,9 @@ struct ScanState;
 // result screen's automatic rule, prints the plan, and carries it out only when asked to.
 //
 // Every file gets one line of tab-separated fields: what is (or was) done, its path, the kept
-// copy, and for a failure the reason. In paths a tab, a line break and a backslash are written as
-// "\t", "\n" and "\\" so that a line is always one file; other bytes are written as they are.
-// A summary line starting with "#" ends the output.
+// copy, and for a failure the reason. Paths are escaped as in the plain listing
+// (ResultWriter::textPath), so that a line is always one file. A summary line starting with "#"
+// ends the output.
 namespace CommandLineRemoval {
 
 enum class Keep { Newest, Oldest };
@@ -31,7 +31,5 @@ std::optional<RemovalActions::Action> actionOfWord(const QByteArray& word);
 
 // Chooses, prints and (with `yes`) acts. Answers 1 when any file failed, else 0.
 int run(ScanState& state, const Request& request, std::FILE* out);
-
-QByteArray escapedPath(const QByteArray& path);
 
 } // namespace CommandLineRemoval
