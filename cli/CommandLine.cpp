@@ -65,6 +65,7 @@ struct Options {
     std::optional<RemovalActions::Action> action;
     bool yes = false;
     bool formatGiven = false;
+    bool help = false;
 };
 
 struct UsageError {
@@ -88,6 +89,11 @@ Options parse(const QList<QByteArray>& arguments) {
     bool optionsEnded = false;
     for (qsizetype i = 1; i < arguments.size(); ++i) {
         const QByteArray& argument = arguments[i];
+        // Help wins over whatever follows it, as in `twinsift scan PATH --help`.
+        if (!optionsEnded && (argument == "--help" || argument == "-h")) {
+            options.help = true;
+            return options;
+        }
         if (optionsEnded || !argument.startsWith("--") || argument == "--") {
             if (argument == "--" && !optionsEnded) {
                 optionsEnded = true;
@@ -268,6 +274,10 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
     } catch (const UsageError& error) {
         std::fprintf(err, "twinsift: %s (see twinsift --help)\n", error.message.constData());
         return Usage;
+    }
+    if (options.help) {
+        std::fputs(kUsage, out);
+        return Success;
     }
 
     int status = Success;

@@ -273,6 +273,22 @@ private slots:
         QVERIFY2(missing.err.contains("gone\\x1b\\xff: No such file"), missing.err.constData());
     }
 
+    void helpAfterTheCommand_data() {
+        QTest::addColumn<QList<QByteArray>>("arguments");
+        QTest::newRow("--help") << QList<QByteArray> { "--help" };
+        QTest::newRow("scan --help") << QList<QByteArray> { "scan", "--help" };
+        QTest::newRow("scan -h") << QList<QByteArray> { "scan", "-h" };
+        QTest::newRow("photos -h") << QList<QByteArray> { "photos", "-h" };
+        QTest::newRow("after options and a path") << QList<QByteArray> { "scan", "--min-size", "0", "/nowhere", "-h" };
+    }
+    void helpAfterTheCommand() {
+        QFETCH(QList<QByteArray>, arguments);
+        const Run help = twinsift(arguments);
+        QCOMPARE(help.status, 0);
+        QVERIFY(help.out.startsWith("Usage: twinsift scan"));
+        QVERIFY(help.err.isEmpty());
+    }
+
     void badUsageAndMissingPaths() {
         TempEnvironment environment;
         TempTree tree;
