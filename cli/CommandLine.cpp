@@ -34,6 +34,8 @@ Options (for this run only; the stored settings are not changed):
   --format text|json|csv   output format (text by default)
   --progress               live status line on standard error (default when it is a terminal)
   --no-progress            no status line
+  --verbose                copy the program's log lines (always sent to the system log) to
+                           standard error
   -h, --help               show this help
   --version                show the version
 
@@ -65,6 +67,7 @@ struct Options {
     std::optional<RemovalActions::Action> action;
     bool yes = false;
     bool formatGiven = false;
+    bool verbose = false;
     bool help = false;
 };
 
@@ -168,6 +171,8 @@ Options parse(const QList<QByteArray>& arguments) {
             options.progress = true;
         } else if (argument == "--no-progress") {
             options.progress = false;
+        } else if (argument == "--verbose") {
+            options.verbose = true;
         } else {
             throw UsageError { "unknown option '" + name + "'" };
         }
@@ -212,24 +217,33 @@ private:
     ScanDriver*& m_driver;
 };
 
+// For the length of a command, the program's log lines go to the system log and, when asked for,
+// to standard error; never to standard output, which carries the results.
+class ConsoleLog {
+public:
+    ConsoleLog(std::FILE* err, bool toStderr, bool clearStatusLine) {
+        Log::setSink([err, toStderr, clearStatusLine](const QString& line) {
+            Log::writeSystemLog(line);
+            if (!toStderr)
+                return;
+            // A log line clears the status line first, so the two never share a line.
+            std::fprintf(err, "%s%s\n", clearStatusLine ? "\r\033[K" : "", line.toUtf8().constData());
+            std::fflush(err);
+        });
+    }
+    ~ConsoleLog() { Log::setSink({}); }
+    ConsoleLog(const ConsoleLog&) = delete;
+    ConsoleLog& operator=(const ConsoleLog&) = delete;
+};
+
 class ProgressLine {
 public:
     ProgressLine(std::FILE* err, bool enabled)
         : m_err(err)
-        , m_enabled(enabled) {
-        if (!m_enabled)
-            return;
-        // Log lines clear the status line first, so the two never share a line.
-        Log::setSink([this](const QString& line) {
-            Log::writeSystemLog(line);
-            std::fprintf(m_err, "\r\033[K%s\n", line.toUtf8().constData());
-            std::fflush(m_err);
-        });
-    }
+        , m_enabled(enabled) { }
     ~ProgressLine() {
         if (!m_enabled)
             return;
-        Log::setSink({});
         std::fprintf(m_err, "\r\033[K");
         std::fflush(m_err);
     }
@@ -279,6 +293,7 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
         std::fputs(kUsage, out);
         return Success;
     }
+    const ConsoleLog log(err, options.verbose || Log::stderrEnabled(), options.progress);
 
     int status = Success;
     const QByteArray cwd = PathBytes::currentDirectory();

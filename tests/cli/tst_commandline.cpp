@@ -289,6 +289,35 @@ private slots:
         QVERIFY(help.err.isEmpty());
     }
 
+    void standardErrorCarriesOnlyWhatWasAskedFor_data() {
+        QTest::addColumn<QList<QByteArray>>("options");
+        QTest::addColumn<bool>("progress");
+        QTest::addColumn<bool>("log");
+        QTest::newRow("quiet") << QList<QByteArray> { "--no-progress" } << false << false;
+        QTest::newRow("progress") << QList<QByteArray> { "--progress" } << true << false;
+        QTest::newRow("verbose") << QList<QByteArray> { "--no-progress", "--verbose" } << false << true;
+        QTest::newRow("both") << QList<QByteArray> { "--verbose", "--progress" } << true << true;
+    }
+    void standardErrorCarriesOnlyWhatWasAskedFor() {
+        QFETCH(QList<QByteArray>, options);
+        QFETCH(bool, progress);
+        QFETCH(bool, log);
+        TempEnvironment environment;
+        TempTree tree;
+        tree.file("a", "same");
+        tree.file("b", "same");
+        const Run run
+            = twinsift(QList<QByteArray> { "scan", "--min-size", "0" } + options + QList<QByteArray> { tree.root() });
+        QCOMPARE(run.status, 0);
+        QVERIFY(run.out.contains("# 1 group"));
+        QVERIFY(!run.out.contains("scanInBGThread"));
+        QCOMPARE(run.err.contains("scanInBGThread"), log);
+        // The status line (if the scan outlasts its first tick) is cleared at the end.
+        QCOMPARE(run.err.contains("\033[K"), progress);
+        if (!progress && !log)
+            QCOMPARE(run.err, QByteArray());
+    }
+
     void badUsageAndMissingPaths() {
         TempEnvironment environment;
         TempTree tree;
