@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Checks what an installation of Twinsift puts on a system, either installed from a build folder into
 # a temporary root (DESTDIR) or unpacked from its Debian package:
-#   - exactly the expected files under /usr, the program executable;
-#   - the launcher entry passes desktop-file-validate and the metainfo appstreamcli validate;
+#   - exactly the expected files under /usr, the program executable, the icons at their sizes;
+#   - the launcher entry starts the program with its icon and passes desktop-file-validate, and the
+#     metainfo passes appstreamcli validate;
 #   - the manual page formats without warnings and the bash completion offers the commands;
 #   - for the package: it depends on Qt and apt could install it (a simulation, nothing changes).
 # Usage: scripts/check-package.sh BUILD_FOLDER | PACKAGE.deb
@@ -43,10 +44,20 @@ if [[ "$actual" != "$expected" ]]; then
     fail "the installed files differ from the expected list (< expected, > installed)"
 fi
 [[ -x "$root/usr/bin/twinsift" ]] || fail "usr/bin/twinsift is not executable"
+for size in 16 22 24 32 48 64 128 256 512; do
+    png=usr/share/icons/hicolor/${size}x${size}/apps/twinsift.png
+    # Width and height from the PNG header.
+    dims=$(od -An -tu1 -j16 -N8 "$root/$png" | awk '{print $3*256+$4 "x" $7*256+$8}')
+    [[ "$dims" == "${size}x${size}" ]] || fail "$png is $dims"
+done
 "$root/usr/bin/twinsift" --version | grep -q '^twinsift [0-9]' || fail "the installed program does not run"
 
-# desktop-file-validate prints warnings but passes them; here they fail too.
-report=$(desktop-file-validate "$root/usr/share/applications/twinsift.desktop" 2>&1) && [[ -z "$report" ]] ||
+# The launcher must name what was installed. desktop-file-validate prints warnings but passes them;
+# here they fail too.
+desktop=$root/usr/share/applications/twinsift.desktop
+grep -qx 'Exec=twinsift' "$desktop" || fail "Exec does not start twinsift"
+grep -qx 'Icon=twinsift' "$desktop" || fail "Icon is not the installed icon"
+report=$(desktop-file-validate "$desktop" 2>&1) && [[ -z "$report" ]] ||
     fail "desktop-file-validate: $report"
 report=$(appstreamcli validate --no-net "$root/usr/share/metainfo/app.twinsift.Twinsift.metainfo.xml" 2>&1) ||
     fail "appstreamcli validate: $report"
