@@ -34,6 +34,8 @@ Options (for this run only; the stored settings are not changed):
   --format text|json|csv   output format (text by default)
   --progress               live status line on standard error (default when it is a terminal)
   --no-progress            no status line
+  --verbose                copy the program's log lines (always sent to the system log) to
+                           standard error
   -h, --help               show this help
   --version                show the version
 
@@ -65,6 +67,8 @@ struct Options {
     std::optional<RemovalActions::Action> action;
     bool yes = false;
     bool formatGiven = false;
+    bool verbose = false;
+    bool help = false;
 };
 
 struct UsageError {
@@ -88,6 +92,11 @@ Options parse(const QList<QByteArray>& arguments) {
     bool optionsEnded = false;
     for (qsizetype i = 1; i < arguments.size(); ++i) {
         const QByteArray& argument = arguments[i];
+        // Help wins over whatever follows it, as in `twinsift scan PATH --help`.
+        if (!optionsEnded && (argument == "--help" || argument == "-h")) {
+            options.help = true;
+            return options;
+        }
         if (optionsEnded || !argument.startsWith("--") || argument == "--") {
             if (argument == "--" && !optionsEnded) {
                 optionsEnded = true;
@@ -164,6 +173,8 @@ Options parse(const QList<QByteArray>& arguments) {
             options.progress = true;
         } else if (argument == "--no-progress") {
             options.progress = false;
+        } else if (argument == "--verbose") {
+            options.verbose = true;
         } else {
             throw UsageError { "unknown option '" + name + "'" };
         }
@@ -208,24 +219,33 @@ private:
     ScanDriver*& m_driver;
 };
 
+// For the length of a command, the program's log lines go to the system log and, when asked for,
+// to standard error; never to standard output, which carries the results.
+class ConsoleLog {
+public:
+    ConsoleLog(std::FILE* err, bool toStderr, bool clearStatusLine) {
+        Log::setSink([err, toStderr, clearStatusLine](const QString& line) {
+            Log::writeSystemLog(line);
+            if (!toStderr)
+                return;
+            // A log line clears the status line first, so the two never share a line.
+            std::fprintf(err, "%s%s\n", clearStatusLine ? "\r\033[K" : "", line.toUtf8().constData());
+            std::fflush(err);
+        });
+    }
+    ~ConsoleLog() { Log::setSink({}); }
+    ConsoleLog(const ConsoleLog&) = delete;
+    ConsoleLog& operator=(const ConsoleLog&) = delete;
+};
+
 class ProgressLine {
 public:
     ProgressLine(std::FILE* err, bool enabled)
         : m_err(err)
-        , m_enabled(enabled) {
-        if (!m_enabled)
-            return;
-        // Log lines clear the status line first, so the two never share a line.
-        Log::setSink([this](const QString& line) {
-            Log::writeSystemLog(line);
-            std::fprintf(m_err, "\r\033[K%s\n", line.toUtf8().constData());
-            std::fflush(m_err);
-        });
-    }
+        , m_enabled(enabled) { }
     ~ProgressLine() {
         if (!m_enabled)
             return;
-        Log::setSink({});
         std::fprintf(m_err, "\r\033[K");
         std::fflush(m_err);
     }
@@ -271,6 +291,11 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
         std::fprintf(err, "twinsift: %s (see twinsift --help)\n", error.message.constData());
         return Usage;
     }
+    if (options.help) {
+        std::fputs(kUsage, out);
+        return Success;
+    }
+    const ConsoleLog log(err, options.verbose || Log::stderrEnabled(), options.progress);
 
     int status = Success;
     const QByteArray cwd = PathBytes::currentDirectory();
@@ -279,7 +304,7 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
         // A symbolic link stands for what it names; one that dangles or loops names nothing.
         const QByteArray target = FileSystem::resolveTarget(PathBytes::normalized(path, cwd));
         if (target.isEmpty()) {
-            std::fprintf(err, "twinsift: %s: No such file or directory\n", path.constData());
+            std::fprintf(err, "twinsift: %s: No such file or directory\n", ResultWriter::textPath(path).constData());
             status = Failure;
             continue;
         }

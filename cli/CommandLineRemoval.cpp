@@ -22,7 +22,7 @@ void writeLine(std::FILE* out, const QByteArray& line) {
 }
 
 QByteArray fileLine(const QByteArray& word, const QByteArray& path, const QByteArray& kept) {
-    return word + '\t' + escapedPath(path) + '\t' + escapedPath(kept);
+    return word + '\t' + ResultWriter::textPath(path) + '\t' + ResultWriter::textPath(kept);
 }
 
 } // namespace
@@ -37,22 +37,6 @@ std::optional<RemovalActions::Action> actionOfWord(const QByteArray& word) {
             return static_cast<RemovalActions::Action>(i);
     }
     return std::nullopt;
-}
-
-QByteArray escapedPath(const QByteArray& path) {
-    QByteArray out;
-    out.reserve(path.size());
-    for (const char c : path) {
-        if (c == '\\')
-            out += "\\\\";
-        else if (c == '\t')
-            out += "\\t";
-        else if (c == '\n')
-            out += "\\n";
-        else
-            out += c;
-    }
-    return out;
 }
 
 int run(ScanState& state, const Request& request, std::FILE* out) {

@@ -13,10 +13,9 @@ struct ScanState;
 //
 // Every file gets one line of tab-separated fields: what is (or was) done, its path, the kept
 // copy, and for a failure or an item left alone ("left") the reason. The plan shows the items it
-// leaves so that every content keeps a copy; the run also those that changed since the scan. In paths a tab, a line
-// break and a backslash are written as
-// "\t", "\n" and "\\" so that a line is always one file; other bytes are written as they are.
-// A summary line starting with "#" ends the output.
+// leaves so that every content keeps a copy; the run also those that changed since the scan.
+// Paths are escaped as in the plain listing (ResultWriter::textPath), so that a line is always one
+// file. A summary line starting with "#" ends the output.
 namespace CommandLineRemoval {
 
 enum class Keep { Newest, Oldest };
@@ -33,7 +32,5 @@ std::optional<RemovalActions::Action> actionOfWord(const QByteArray& word);
 
 // Chooses, prints and (with `yes`) acts. Answers 1 when any file failed or was left alone, else 0.
 int run(ScanState& state, const Request& request, std::FILE* out);
-
-QByteArray escapedPath(const QByteArray& path);
 
 } // namespace CommandLineRemoval

@@ -132,7 +132,7 @@ QByteArray writeText(const Summary& summary) {
             out += " (" + group.typeText + ')';
         out += '\n';
         for (const Row& row : group.members)
-            out += row.path + '\n';
+            out += textPath(row.path) + '\n';
         out += '\n';
     }
     out += "# " + counted(summary.groups.size(), "group", "groups") + ", "
@@ -184,6 +184,88 @@ QByteArray jsonString(const QByteArray& bytes) {
         }
     }
     out += '"';
+    return out;
+}
+
+namespace {
+
+// The length of the valid UTF-8 sequence at `at`, or 0 when the byte there does not start one
+// (a stray continuation byte, a cut-off or overlong sequence, a surrogate or a value past U+10FFFF).
+qsizetype utf8SequenceLength(const QByteArray& bytes, qsizetype at) {
+    const auto byte = [&bytes](qsizetype i) { return static_cast<unsigned char>(bytes[i]); };
+    const unsigned char lead = byte(at);
+    qsizetype length;
+    char32_t value;
+    if (lead >= 0xc2 && lead <= 0xdf) {
+        length = 2;
+        value = lead & 0x1f;
+    } else if (lead >= 0xe0 && lead <= 0xef) {
+        length = 3;
+        value = lead & 0x0f;
+    } else if (lead >= 0xf0 && lead <= 0xf4) {
+        length = 4;
+        value = lead & 0x07;
+    } else {
+        return 0;
+    }
+    if (at + length > bytes.size())
+        return 0;
+    for (qsizetype i = 1; i < length; ++i) {
+        if ((byte(at + i) & 0xc0) != 0x80)
+            return 0;
+        value = (value << 6) | (byte(at + i) & 0x3f);
+    }
+    const char32_t smallest = length == 2 ? 0x80 : length == 3 ? 0x800 : 0x10000;
+    if (value < smallest || value > 0x10ffff || (value >= 0xd800 && value <= 0xdfff))
+        return 0;
+    return length;
+}
+
+void appendByteEscape(QByteArray& out, unsigned char byte) {
+    static const char digits[] = "0123456789abcdef";
+    out += "\\x";
+    out += digits[byte >> 4];
+    out += digits[byte & 0xf];
+}
+
+} // namespace
+
+QByteArray textPath(const QByteArray& path) {
+    QByteArray out;
+    out.reserve(path.size());
+    for (qsizetype i = 0; i < path.size();) {
+        const unsigned char c = static_cast<unsigned char>(path[i]);
+        if (c < 0x80) {
+            if (c == '\\')
+                out += "\\\\";
+            else if (c == '\t')
+                out += "\\t";
+            else if (c == '\n')
+                out += "\\n";
+            else if (c == '\r')
+                out += "\\r";
+            else if (c < 0x20 || c == 0x7f)
+                appendByteEscape(out, c);
+            else
+                out += static_cast<char>(c);
+            ++i;
+            continue;
+        }
+        const qsizetype length = utf8SequenceLength(path, i);
+        // U+0080 to U+009F (0xc2 0x80 to 0xc2 0x9f) are control characters too: a terminal may act on them.
+        const bool control = length == 2 && c == 0xc2 && static_cast<unsigned char>(path[i + 1]) < 0xa0;
+        if (length == 0) {
+            appendByteEscape(out, c);
+            ++i;
+        } else if (control) {
+            appendByteEscape(out, c);
+            appendByteEscape(out, static_cast<unsigned char>(path[i + 1]));
+            i += 2;
+        } else {
+            out += path.mid(i, length);
+            i += length;
+        }
+    }
     return out;
 }
 

@@ -7,7 +7,8 @@ struct ScanState;
 
 // Writes a finished scan's groups for the command line. JSON keeps every path openable: names that
 // are not valid UTF-8 carry each undecodable byte as a "\udcXX" escape, which Python's
-// os.fsencode turns back into the original bytes. Text and CSV write the path bytes as they are.
+// os.fsencode turns back into the original bytes. Text writes paths through textPath(); CSV
+// writes the path bytes as they are, quoted where needed.
 namespace ResultWriter {
 
 enum class Format { Text, Json, Csv };
@@ -18,6 +19,11 @@ enum class Source {
 
 QByteArray write(const ScanState& state, Source source, Format format);
 
+// A byte path as every text line of the command line shows it: one line, nothing a terminal acts
+// on, and reversible to the exact bytes. A backslash is written "\\", tab, line feed and carriage
+// return "\t", "\n" and "\r"; every other control character (also U+0080 to U+009F) and every
+// byte that is not part of valid UTF-8 is written "\xHH" (the byte, in lower-case hex).
+QByteArray textPath(const QByteArray& path);
 // A JSON string literal for a byte path.
 QByteArray jsonString(const QByteArray& bytes);
 // "1 group", "2 groups": a count with its noun in the right number.

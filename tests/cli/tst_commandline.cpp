@@ -1,5 +1,6 @@
 #include "base/SettingsStore.h"
 #include "cli/CommandLine.h"
+#include "cli/ResultWriter.h"
 #include "support/TempTree.h"
 
 #include <sys/stat.h>
@@ -49,6 +50,25 @@ QList<QList<QByteArray>> fileLines(const QByteArray& out) {
 QByteArray summaryLine(const QByteArray& out) {
     const qsizetype at = out.lastIndexOf("\n#");
     return at < 0 ? QByteArray() : out.mid(at + 1).trimmed();
+}
+
+// Reverses the escapes of text output, to check that they lose nothing.
+QByteArray unescaped(const QByteArray& text) {
+    QByteArray bytes;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\' || i + 1 == text.size()) {
+            bytes += text[i];
+            continue;
+        }
+        const char kind = text[++i];
+        if (kind == 'x') {
+            bytes += static_cast<char>(text.mid(i + 1, 2).toInt(nullptr, 16));
+            i += 2;
+        } else {
+            bytes += kind == 't' ? '\t' : kind == 'n' ? '\n' : kind == 'r' ? '\r' : kind;
+        }
+    }
+    return bytes;
 }
 
 bool exists(const QByteArray& path) {
@@ -121,7 +141,7 @@ private slots:
         // One group of three; one name is not UTF-8 and holds a line break.
         const QList<QByteArray> paths
             = { tree.file("1.txt", "same"), tree.file("2.txt", "same"), tree.file("\xff\n.txt", "same") };
-        const QList<QByteArray> escaped = { paths[0], paths[1], tree.path("\xff\\n.txt") };
+        const QList<QByteArray> escaped = { paths[0], paths[1], tree.path("\\xff\\n.txt") };
 
         QByteArray keptByRule[2];
         for (const char* rule : { "oldest", "newest" }) {
@@ -169,7 +189,7 @@ private slots:
         QCOMPARE(lines.size(), 2);
         for (const QList<QByteArray>& fields : lines) {
             QCOMPARE(fields[0], QByteArray("trashed"));
-            QVERIFY(exists(QByteArray(fields[2]).replace("\\n", "\n")));
+            QVERIFY(exists(unescaped(fields[2])));
         }
         QCOMPARE(summaryLine(run.out),
             QByteArray("# 2 done, 0 failed, 0 left alone; remaining: 0 groups, 0 duplicates taking 0 Byte"));
@@ -193,6 +213,111 @@ private slots:
         QCOMPARE(failedLines[0][3], QByteArray("Operation not permitted"));
         QCOMPARE(summaryLine(failed.out),
             QByteArray("# 0 done, 1 failed, 0 left alone; remaining: 1 group, 2 duplicates taking 8 KB"));
+    }
+
+    void textPaths_data() {
+        QTest::addColumn<QByteArray>("path");
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("plain and UTF-8") << QByteArray("/a/caf\xc3\xa9 \xf0\x9f\x93\xb7.jpg")
+                                         << QByteArray("/a/caf\xc3\xa9 \xf0\x9f\x93\xb7.jpg");
+        QTest::newRow("named escapes") << QByteArray("/a\tb\nc\rd\\e") << QByteArray("/a\\tb\\nc\\rd\\\\e");
+        QTest::newRow("other controls") << QByteArray("/\x1b[31m\x7f\x01") << QByteArray("/\\x1b[31m\\x7f\\x01");
+        QTest::newRow("NUL") << QByteArray("a\0b", 3) << QByteArray("a\\x00b");
+        QTest::newRow("C1 control") << QByteArray("/\xc2\x9b\xc2\xa0") << QByteArray("/\\xc2\\x9b\xc2\xa0");
+        QTest::newRow("invalid bytes") << QByteArray("/\xff\xfe") << QByteArray("/\\xff\\xfe");
+        QTest::newRow("cut-off sequence") << QByteArray("/\xc3") << QByteArray("/\\xc3");
+        QTest::newRow("cut-off before ASCII") << QByteArray("/\xe2\x82z") << QByteArray("/\\xe2\\x82z");
+        QTest::newRow("overlong") << QByteArray("/\xc0\xaf\xe0\x80\xaf") << QByteArray("/\\xc0\\xaf\\xe0\\x80\\xaf");
+        QTest::newRow("surrogate") << QByteArray("/\xed\xa0\x80") << QByteArray("/\\xed\\xa0\\x80");
+        QTest::newRow("past U+10FFFF") << QByteArray("/\xf4\x90\x80\x80") << QByteArray("/\\xf4\\x90\\x80\\x80");
+        QTest::newRow("largest code point") << QByteArray("/\xf4\x8f\xbf\xbf") << QByteArray("/\xf4\x8f\xbf\xbf");
+    }
+    void textPaths() {
+        QFETCH(QByteArray, path);
+        QFETCH(QByteArray, text);
+        const QByteArray escaped = ResultWriter::textPath(path);
+        QCOMPARE(escaped, text);
+        QCOMPARE(unescaped(escaped), path);
+        QVERIFY(QUtf8StringView(escaped).isValidUtf8());
+    }
+
+    void pathsAreEscapedAlikeInEveryTextLine() {
+        TempEnvironment environment;
+        TempTree tree;
+        const QList<QByteArray> names = { "\xff\n.txt", "tab\t\x1b[2J.txt", "plain.txt" };
+        QList<QByteArray> expected;
+        for (const QByteArray& name : names)
+            expected << ResultWriter::textPath(tree.file(name, "same"));
+        std::sort(expected.begin(), expected.end());
+
+        const Run listing = twinsift({ "scan", "--min-size", "0", "--no-progress", tree.root() });
+        QCOMPARE(listing.status, 0);
+        QList<QByteArray> listed;
+        for (const QList<QByteArray>& fields : fileLines(listing.out))
+            listed << fields.join('\t');
+        std::sort(listed.begin(), listed.end());
+        QCOMPARE(listed, expected);
+
+        const Run plan = twinsift(
+            { "scan", "--min-size", "0", "--no-progress", "--keep", "oldest", "--action", "delete", tree.root() });
+        QCOMPARE(plan.status, 0);
+        QList<QByteArray> planned;
+        for (const QList<QByteArray>& fields : fileLines(plan.out)) {
+            QCOMPARE(fields.size(), 3);
+            planned << fields[1];
+        }
+        planned << fileLines(plan.out)[0][2];
+        std::sort(planned.begin(), planned.end());
+        QCOMPARE(planned, expected);
+
+        const Run missing = twinsift({ "scan", "--no-progress", tree.path("gone\x1b\xff") });
+        QCOMPARE(missing.status, 1);
+        QVERIFY2(missing.err.contains("gone\\x1b\\xff: No such file"), missing.err.constData());
+    }
+
+    void helpAfterTheCommand_data() {
+        QTest::addColumn<QList<QByteArray>>("arguments");
+        QTest::newRow("--help") << QList<QByteArray> { "--help" };
+        QTest::newRow("scan --help") << QList<QByteArray> { "scan", "--help" };
+        QTest::newRow("scan -h") << QList<QByteArray> { "scan", "-h" };
+        QTest::newRow("photos -h") << QList<QByteArray> { "photos", "-h" };
+        QTest::newRow("after options and a path") << QList<QByteArray> { "scan", "--min-size", "0", "/nowhere", "-h" };
+    }
+    void helpAfterTheCommand() {
+        QFETCH(QList<QByteArray>, arguments);
+        const Run help = twinsift(arguments);
+        QCOMPARE(help.status, 0);
+        QVERIFY(help.out.startsWith("Usage: twinsift scan"));
+        QVERIFY(help.err.isEmpty());
+    }
+
+    void standardErrorCarriesOnlyWhatWasAskedFor_data() {
+        QTest::addColumn<QList<QByteArray>>("options");
+        QTest::addColumn<bool>("progress");
+        QTest::addColumn<bool>("log");
+        QTest::newRow("quiet") << QList<QByteArray> { "--no-progress" } << false << false;
+        QTest::newRow("progress") << QList<QByteArray> { "--progress" } << true << false;
+        QTest::newRow("verbose") << QList<QByteArray> { "--no-progress", "--verbose" } << false << true;
+        QTest::newRow("both") << QList<QByteArray> { "--verbose", "--progress" } << true << true;
+    }
+    void standardErrorCarriesOnlyWhatWasAskedFor() {
+        QFETCH(QList<QByteArray>, options);
+        QFETCH(bool, progress);
+        QFETCH(bool, log);
+        TempEnvironment environment;
+        TempTree tree;
+        tree.file("a", "same");
+        tree.file("b", "same");
+        const Run run
+            = twinsift(QList<QByteArray> { "scan", "--min-size", "0" } + options + QList<QByteArray> { tree.root() });
+        QCOMPARE(run.status, 0);
+        QVERIFY(run.out.contains("# 1 group"));
+        QVERIFY(!run.out.contains("scanInBGThread"));
+        QCOMPARE(run.err.contains("scanInBGThread"), log);
+        // The status line (if the scan outlasts its first tick) is cleared at the end.
+        QCOMPARE(run.err.contains("\033[K"), progress);
+        if (!progress && !log)
+            QCOMPARE(run.err, QByteArray());
     }
 
     void badUsageAndMissingPaths() {
