@@ -185,8 +185,8 @@ Options parse(const QList<QByteArray>& arguments) {
         throw UsageError { "option '--action' needs --keep" };
     if (options.keep && options.command != "scan")
         throw UsageError { "option '--keep' works with scan only" };
-    if (options.keep && options.formatGiven && options.format != ResultWriter::Format::Text)
-        throw UsageError { "option '--keep' prints text only, not --format json or csv" };
+    if (options.keep && options.formatGiven && options.format == ResultWriter::Format::Csv)
+        throw UsageError { "option '--keep' prints text or json, not --format csv" };
     if (options.paths.isEmpty())
         throw UsageError { "no PATH given" };
     return options;
@@ -337,7 +337,8 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
     }
 
     if (options.keep) {
-        const CommandLineRemoval::Request request { *options.keep, options.action, options.yes };
+        const CommandLineRemoval::Request request { *options.keep, options.action, options.yes,
+            options.format == ResultWriter::Format::Json };
         const int removal = CommandLineRemoval::run(state, request, out);
         return status != Success ? status : removal;
     }

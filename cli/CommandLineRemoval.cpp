@@ -21,8 +21,25 @@ void writeLine(std::FILE* out, const QByteArray& line) {
     std::fputc('\n', out);
 }
 
-QByteArray fileLine(const QByteArray& word, const QByteArray& path, const QByteArray& kept) {
-    return word + '\t' + ResultWriter::textPath(path) + '\t' + ResultWriter::textPath(kept);
+// One item of the plan or of its outcome: tab-separated text, or one JSON object per line.
+void writeItem(std::FILE* out, bool json, const QByteArray& word, const QByteArray& path, const QByteArray& kept,
+    const QString& reason = QString()) {
+    if (json) {
+        QByteArray line = "{\"status\":\"" + word + "\",\"path\":" + ResultWriter::jsonString(path)
+            + ",\"kept\":" + (kept.isEmpty() ? QByteArray("null") : ResultWriter::jsonString(kept));
+        if (!reason.isEmpty())
+            line += ",\"reason\":" + ResultWriter::jsonString(reason.toUtf8());
+        writeLine(out, line + '}');
+        return;
+    }
+    QByteArray line = word + '\t' + ResultWriter::textPath(path) + '\t' + ResultWriter::textPath(kept);
+    if (!reason.isEmpty())
+        line += '\t' + reason.toUtf8();
+    writeLine(out, line);
+}
+
+QByteArray jsonCount(const char* name, qint64 value) {
+    return '"' + QByteArray(name) + "\":" + QByteArray::number(value);
 }
 
 } // namespace
@@ -65,14 +82,21 @@ int run(ScanState& state, const Request& request, std::FILE* out) {
         for (const RemovalPlan::Item& item : plan.items()) {
             const QByteArray kept = item.kept ? item.kept->urlFile() : QByteArray();
             if (item.isLeft()) {
-                writeLine(out, fileLine("left", item.file->urlFile(), kept) + '\t' + item.leftReason.toUtf8());
+                writeItem(out, request.json, "left", item.file->urlFile(), kept, item.leftReason);
                 continue;
             }
-            writeLine(out, fileLine(word, item.file->urlFile(), kept));
+            writeItem(out, request.json, word, item.file->urlFile(), kept);
             if (item.container < 0)
                 bytes += item.group->sizeFile();
         }
         const qsizetype acting = static_cast<qsizetype>(plan.items().size()) - plan.leftCount();
+        if (request.json) {
+            writeLine(out,
+                "{\"summary\":{" + jsonCount("chosen", acting) + ',' + jsonCount("left", plan.leftCount()) + ','
+                    + jsonCount("groups", groups) + ',' + jsonCount("bytes", bytes) + ",\"changed\":false}}");
+            std::fflush(out);
+            return 0;
+        }
         QByteArray summary = "# " + ResultWriter::counted(acting, "file", "files") + " chosen in "
             + ResultWriter::counted(groups, "group", "groups") + " ("
             + StatusTexts::convertNumberToString(bytes).toUtf8() + ")";
@@ -92,21 +116,31 @@ int run(ScanState& state, const Request& request, std::FILE* out) {
     qsizetype left = 0;
     for (const RemovalActions::Outcome& outcome : outcomes) {
         if (outcome.done) {
-            writeLine(out,
-                fileLine(kDoneWords[static_cast<int>(*request.action)], outcome.file->urlFile(), outcome.keptCopy));
+            writeItem(out, request.json, kDoneWords[static_cast<int>(*request.action)], outcome.file->urlFile(),
+                outcome.keptCopy);
         } else if (outcome.left) {
             ++left;
-            writeLine(out, fileLine("left", outcome.file->urlFile(), outcome.keptCopy) + '\t' + outcome.error.toUtf8());
+            writeItem(out, request.json, "left", outcome.file->urlFile(), outcome.keptCopy, outcome.error);
         } else {
             ++failed;
-            writeLine(
-                out, fileLine("failed", outcome.file->urlFile(), outcome.keptCopy) + '\t' + outcome.error.toUtf8());
+            writeItem(out, request.json, "failed", outcome.file->urlFile(), outcome.keptCopy, outcome.error);
         }
     }
     review.refreshAndReload();
+    const qsizetype done = outcomes.size() - failed - left;
+    if (request.json) {
+        writeLine(out,
+            "{\"summary\":{" + jsonCount("done", done) + ',' + jsonCount("failed", failed) + ','
+                + jsonCount("left", left) + ',' + jsonCount("groups", state.duplicateMainArray.size()) + ','
+                + jsonCount("totalDuplicateCount", static_cast<qint64>(state.totalDuplicateCount.load())) + ','
+                + jsonCount("wastedSpaceDuplicates", static_cast<qint64>(state.wastedSpaceDuplicates.load()))
+                + ",\"changed\":true}}");
+        std::fflush(out);
+        return failed > 0 || left > 0 ? 1 : 0;
+    }
     writeLine(out,
-        "# " + QByteArray::number(outcomes.size() - failed - left) + " done, " + QByteArray::number(failed)
-            + " failed, " + QByteArray::number(left)
+        "# " + QByteArray::number(done) + " done, " + QByteArray::number(failed) + " failed, "
+            + QByteArray::number(left)
             + " left alone; remaining: " + ResultWriter::counted(state.duplicateMainArray.size(), "group", "groups")
             + ", " + ResultWriter::counted(state.totalDuplicateCount.load(), "duplicate", "duplicates") + " taking "
             + StatusTexts::convertNumberToString(static_cast<qint64>(state.wastedSpaceDuplicates.load())).toUtf8());

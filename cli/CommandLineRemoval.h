@@ -15,7 +15,8 @@ struct ScanState;
 // copy, and for a failure or an item left alone ("left") the reason. The plan shows the items it
 // leaves so that every content keeps a copy; the run also those that changed since the scan.
 // Paths are escaped as in the plain listing (ResultWriter::textPath), so that a line is always one
-// file. A summary line starting with "#" ends the output.
+// file. A summary line starting with "#" ends the output. In JSON, each item is one object per line
+// ({"status", "path", "kept", "reason"}) and a last object {"summary": {...}} sums up.
 namespace CommandLineRemoval {
 
 enum class Keep { Newest, Oldest };
@@ -24,6 +25,7 @@ struct Request {
     Keep keep = Keep::Oldest;
     std::optional<RemovalActions::Action> action; // none: only list the chosen files
     bool yes = false; // carry the action out
+    bool json = false; // one JSON object per line instead of tab-separated text
 };
 
 // The command-line word of an action (trash, delete, alias, symlink, hardlink) and back.

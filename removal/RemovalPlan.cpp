@@ -1,5 +1,6 @@
 #include "removal/RemovalPlan.h"
 
+#include <QSet>
 #include <algorithm>
 #include <map>
 #include <unordered_map>
@@ -140,6 +141,21 @@ RemovalPlan::RemovalPlan(const QList<DuplicateFilePtr>& chosen, const QList<Dupl
     }
 
     const auto sizeOf = [&](const duplicateFile* file) { return groupOf.at(file)->sizeFile(); };
+    // The folders of the result that are not chosen: an item inside one keeps it from being whole.
+    QSet<QByteArray> unchosenFolders;
+    for (const DuplicateGroupPtr& group : groups) {
+        for (const DuplicateFilePtr& member : group->listAll()) {
+            if (member->identity().folder && !active.contains(member.get()))
+                unchosenFolders.insert(member->urlFile());
+        }
+    }
+    const auto insideUnchosenFolder = [&](const QByteArray& path) {
+        for (qsizetype slash = path.lastIndexOf('/'); slash > 0; slash = path.lastIndexOf('/', slash - 1)) {
+            if (unchosenFolders.contains(path.left(slash)))
+                return true;
+        }
+        return false;
+    };
     const auto survives = [&](const duplicateFile& member) { return active.blockersOf(member).empty(); };
 
     // Leaving an item alone never takes a survivor away from any group, so one pass over the groups
@@ -152,14 +168,18 @@ RemovalPlan::RemovalPlan(const QList<DuplicateFilePtr>& chosen, const QList<Dupl
             continue;
         const DuplicateFilePtr* best = nullptr;
         std::vector<const duplicateFile*> bestBlockers;
-        qint64 bestCost = 0;
+        std::pair<qint64, qsizetype> bestCost;
         for (const DuplicateFilePtr& member : members) {
             std::vector<const duplicateFile*> blockers = active.blockersOf(*member);
             std::sort(blockers.begin(), blockers.end());
             blockers.erase(std::unique(blockers.begin(), blockers.end()), blockers.end());
-            qint64 cost = 0;
-            for (const duplicateFile* blocker : blockers)
-                cost += sizeOf(blocker) + 1; // +1: of two equal sizes, fewer items stay
+            // What stays on disk first (+1: of two equal sizes, fewer items stay); then, of two
+            // equal choices, the one whose items also keep an unchosen folder whole.
+            std::pair<qint64, qsizetype> cost { 0, 0 };
+            for (const duplicateFile* blocker : blockers) {
+                cost.first += sizeOf(blocker) + 1;
+                cost.second += insideUnchosenFolder(blocker->urlFile()) ? 0 : 1;
+            }
             if (!best || cost < bestCost) {
                 best = &member;
                 bestCost = cost;

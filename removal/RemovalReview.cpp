@@ -6,6 +6,7 @@
 #include "review/ResultLists.h"
 #include "review/Selection.h"
 
+#include <QSet>
 #include <algorithm>
 #include <unordered_map>
 #include <unordered_set>
@@ -99,9 +100,27 @@ RemovalReview::CloseDecision RemovalReview::refreshAndReload() {
     if (lastOutcomes.isEmpty()) {
         listed = m_selection.duplicateSelectedArray;
     } else {
+        QSet<QByteArray> goneFolders;
         for (const RemovalActions::Outcome& outcome : std::as_const(lastOutcomes)) {
-            if (outcome.done)
-                listed.append(outcome.file);
+            if (!outcome.done)
+                continue;
+            listed.append(outcome.file);
+            if (outcome.file->identity().folder)
+                goneFolders.insert(outcome.file->urlFile());
+        }
+        // Copies of other groups that lay inside a folder that went are gone with it.
+        if (!goneFolders.isEmpty()) {
+            for (const DuplicateGroupPtr& group : std::as_const(m_state.duplicateMainArray)) {
+                for (const DuplicateFilePtr& member : group->listAll()) {
+                    const QByteArray& path = member->urlFile();
+                    for (qsizetype slash = path.lastIndexOf('/'); slash > 0; slash = path.lastIndexOf('/', slash - 1)) {
+                        if (goneFolders.contains(path.left(slash))) {
+                            listed.append(member);
+                            break;
+                        }
+                    }
+                }
+            }
         }
     }
     lastOutcomes.clear();

@@ -5,9 +5,12 @@
 
 #include <sys/stat.h>
 
+#include <QDirIterator>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRandomGenerator>
+#include <QThread>
 #include <QtTest>
 
 namespace {
@@ -320,6 +323,76 @@ private slots:
             QCOMPARE(run.err, QByteArray());
     }
 
+    // A copy directly in the target grouped with the copies inside two folders before the folders
+    // are grouped: whatever the rule and the action, some real file still holds every content, the
+    // plan lists what it leaves, and the outcome and its summary agree with the disk (JSON here).
+    void nestedGroupsKeepEveryContent_data() {
+        QTest::addColumn<QByteArray>("action");
+        QTest::addColumn<QByteArray>("keep");
+        for (const char* action : { "trash", "delete", "alias", "symlink", "hardlink" }) {
+            for (const char* keep : { "newest", "oldest" })
+                QTest::addRow("%s, keep %s", action, keep) << QByteArray(action) << QByteArray(keep);
+        }
+    }
+    void nestedGroupsKeepEveryContent() {
+        QFETCH(QByteArray, action);
+        QFETCH(QByteArray, keep);
+        TempEnvironment environment;
+        TempTree tree;
+        QByteArray f3(50000, Qt::Uninitialized);
+        QByteArray g(30000, Qt::Uninitialized);
+        for (char& c : f3)
+            c = static_cast<char>(QRandomGenerator::global()->generate());
+        for (char& c : g)
+            c = static_cast<char>(QRandomGenerator::global()->generate());
+        tree.folder("t/A/screens");
+        QThread::msleep(20);
+        tree.folder("t/B/screens");
+        tree.file("t/A/only-a.txt", "a\n");
+        tree.file("t/f3.jpg", f3);
+        QThread::msleep(20);
+        tree.file("t/B/screens/f3.jpg", f3);
+        QThread::msleep(20);
+        tree.file("t/A/screens/f3.jpg", f3);
+        tree.file("t/A/screens/g.jpg", g);
+        tree.file("t/B/screens/g.jpg", g);
+        const QList<QByteArray> common
+            = { "scan", "--min-size", "0", "--no-progress", "--keep", keep, "--action", action, "--format", "json" };
+
+        const Run plan = twinsift(common + QList<QByteArray> { tree.path("t") });
+        QCOMPARE(plan.status, 0);
+        const Run run = twinsift(common + QList<QByteArray> { "--yes", tree.path("t") });
+        QList<QJsonObject> items;
+        for (const QByteArray& line : run.out.split('\n')) {
+            if (line.isEmpty())
+                continue;
+            QJsonParseError error;
+            items.append(QJsonDocument::fromJson(line, &error).object());
+            QCOMPARE(error.error, QJsonParseError::NoError);
+        }
+        const QJsonObject summary = items.takeLast()["summary"].toObject();
+        QVERIFY(summary["left"].toInt() >= 1);
+        QCOMPARE(run.status, 1); // something was left alone
+        QCOMPARE(plan.out.count("\"status\":\"left\""), summary["left"].toInt());
+
+        // Every content is still in a real file somewhere in the tree.
+        QStringList contents;
+        QDirIterator it(QString::fromUtf8(tree.path("t")), QDir::Files | QDir::Hidden | QDir::NoSymLinks,
+            QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            QFile file(it.next());
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            contents.append(QString::fromLatin1(file.readAll().toHex()));
+        }
+        QVERIFY(contents.contains(QString::fromLatin1(f3.toHex())));
+        QVERIFY(contents.contains(QString::fromLatin1(g.toHex())));
+        QVERIFY(contents.contains(QString::fromLatin1(QByteArray("a\n").toHex())));
+        for (const QJsonObject& item : items) {
+            if (item["status"].toString() != QLatin1String("left"))
+                QVERIFY(exists(item["kept"].toString().toUtf8()));
+        }
+    }
+
     void badUsageAndMissingPaths() {
         TempEnvironment environment;
         TempTree tree;
@@ -338,7 +411,7 @@ private slots:
             { { "scan", "--keep", "oldest", "--action", "burn", tree.root() }, "--action" },
             { { "scan", "--keep", "oldest", "--yes", tree.root() }, "--yes" },
             { { "photos", "--keep", "oldest", tree.root() }, "--keep" },
-            { { "scan", "--keep", "oldest", "--format", "json", tree.root() }, "--keep" },
+            { { "scan", "--keep", "oldest", "--format", "csv", tree.root() }, "--keep" },
         };
         for (const auto& [arguments, option] : removalMisuse) {
             const Run misuse = twinsift(arguments);
