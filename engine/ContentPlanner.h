@@ -1,15 +1,16 @@
 #pragma once
 
 #include "detect/FolderTree.h"
+#include "engine/HashPool.h"
 
 #include <QHash>
 #include <QSet>
 #include <QString>
 #include <atomic>
+#include <deque>
 #include <optional>
 #include <vector>
 
-class HashPool;
 struct ScanSettings;
 
 // Decides which files a scan must read. A file's digest can change the result only when the file
@@ -24,8 +25,12 @@ struct ScanSettings;
 // open although their permissions allow it, or that vanish during the scan, are reported as
 // unreadable only when they are read.
 //
-// Files that share a length with another published file are handed to the pool as soon as the walk
-// meets the second one, so reading overlaps the walk; the rest is decided when the walk is done.
+// Files that share a length with another published file are looked at as soon as the walk meets the
+// second one, so reading overlaps the walk; the rest is decided when the walk is done. Files longer
+// than a block are first told apart by their first block and, where that ties on a larger file, by
+// their last: a file whose block differs from every other candidate of its length cannot match any
+// of them and is left unread (unless a folder needs it). Only files that still tie are read whole,
+// in the order they lie on the disk.
 class ContentPlanner {
 public:
     struct File {
@@ -50,8 +55,16 @@ private:
         int published = 0;
         std::optional<File> first;
     };
+    struct Probe {
+        File file;
+        BlockProbe blocks;
+    };
 
-    void submit(const File& file, const FolderTree* tree);
+    QByteArray pathOf(const File& file, const FolderTree* tree) const;
+    void submit(const File& file, const FolderTree* tree, quint64 order = 0);
+    void start(File file, const FolderTree* tree);
+    void settleUnread(const File& file, const FolderTree* tree);
+    void splitProbes(const FolderTree* tree);
     void markNeededFolders(FolderTree& tree, const QSet<QString>& ignoredTypes);
 
     HashPool& m_pool;
@@ -59,4 +72,5 @@ private:
     bool m_readEverything;
     QHash<qint64, SizeBucket> m_bySize;
     std::vector<File> m_waiting;
+    std::deque<Probe> m_probes; // the pool writes into them: addresses stay put
 };

@@ -1,12 +1,15 @@
 #pragma once
 
 #include "detect/Grouping.h"
+#include "engine/HashPool.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QSet>
 #include <QString>
+#include <memory>
 
+class DigestCache;
 struct ScanState;
 class ScanObserver;
 
@@ -55,6 +58,8 @@ private:
     void walkFlat(const QList<QByteArray>& targets, Flavor flavor);
     void rebuildIgnoreSets();
     bool isIgnoredType(const QByteArray& path) const;
+    std::unique_ptr<DigestCache> openCache() const;
+    static HashPool::Options poolOptions(const QList<QByteArray>& targets, DigestCache* cache);
 
     ScanState& m_state;
     ScanObserver& m_observer;

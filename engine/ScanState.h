@@ -15,6 +15,8 @@
 // threads only read the counters, which are atomic for that reason.
 struct ScanState {
     ScanSettings settings;
+    // The folder of the digest cache kept across runs; empty for none.
+    QString digestCacheFolder;
 
     // Folder scan.
     FingerprintTable hashDic;
