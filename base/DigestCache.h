@@ -11,10 +11,12 @@
 class QSqlQuery;
 
 // Digests of file contents kept across runs in an SQLite file, so that a rescan of an unchanged
-// tree reads no content. An entry belongs to one file identity (device and inode, so a rename keeps
-// it) and is valid only while the file's size, modification time and change time are exactly those
-// it was stored with; anything else is a miss. The change time cannot be set by any program, so
-// content rewritten under a restored modification time misses too.
+// tree reads no content. An entry belongs to one file identity (device and inode, not the path) and
+// is valid only while the file's size, modification time and change time are exactly those it was
+// stored with; anything else is a miss. The change time cannot be set by any program, so content
+// rewritten under a restored modification time misses too. Moving or renaming a folder keeps the
+// entries of the files inside it; renaming a file itself stamps its change time on Linux file
+// systems, so that one file is read again.
 //
 // The file is opened in WAL mode with a busy timeout, so several processes may use it at once.
 // Every failure (a missing, locked, unwritable, corrupt or full cache) writes one log line and

@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 
 #include "base/ByteCountFormatter.h"
+#include "base/DigestCache.h"
 #include "base/FileSystem.h"
 #include "base/Log.h"
 #include "base/PathBytes.h"
@@ -34,6 +35,7 @@ Options (for this run only; the stored settings are not changed):
   --format text|json|csv   output format (text by default)
   --progress               live status line on standard error (default when it is a terminal)
   --no-progress            no status line
+  --no-cache               read every file, neither using nor filling the digest cache
   -h, --help               show this help
   --version                show the version
 
@@ -60,6 +62,7 @@ struct Options {
     std::optional<QStringList> ignoreFolders;
     ResultWriter::Format format = ResultWriter::Format::Text;
     bool progress = false;
+    bool cache = true;
     QList<QByteArray> paths;
     std::optional<CommandLineRemoval::Keep> keep;
     std::optional<RemovalActions::Action> action;
@@ -162,6 +165,8 @@ Options parse(const QList<QByteArray>& arguments) {
             options.progress = true;
         } else if (argument == "--no-progress") {
             options.progress = false;
+        } else if (argument == "--no-cache") {
+            options.cache = false;
         } else {
             throw UsageError { "unknown option '" + name + "'" };
         }
@@ -285,6 +290,8 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
     }
 
     ScanState state;
+    if (options.cache)
+        state.digestCacheFolder = DigestCache::defaultFolder();
     ScanDriver* driverRef = nullptr;
     ConsoleObserver observer(driverRef);
     ScanDriver driver(state, observer);

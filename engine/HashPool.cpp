@@ -47,10 +47,12 @@ bool readAt(int fd, char* buffer, qint64 length, qint64 offset, qint64& got) {
     return true;
 }
 
-std::optional<quint64> blockAt(int fd, qint64 offset) {
+std::optional<quint64> blockAt(int fd, qint64 offset, qint64& bytesRead) {
     char buffer[HashPool::kBlock];
     qint64 got = 0;
-    if (!readAt(fd, buffer, HashPool::kBlock, offset, got))
+    const bool ok = readAt(fd, buffer, HashPool::kBlock, offset, got);
+    bytesRead += got;
+    if (!ok)
         return std::nullopt;
     return HashPool::blockDigest(buffer, got);
 }
@@ -89,7 +91,7 @@ qint64 nowNs() {
 }
 
 // The whole file's MD5 read in large chunks, noting its first and last blocks on the way.
-std::optional<Fingerprint::Digest> readWhole(int fd, qint64 size, DigestCache::Entry& learnt) {
+std::optional<Fingerprint::Digest> readWhole(int fd, qint64 size, DigestCache::Entry& learnt, qint64& bytesRead) {
     ::posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
     QCryptographicHash hash(QCryptographicHash::Md5);
     static constexpr qint64 kChunk = 128 * 1024;
@@ -104,6 +106,7 @@ std::optional<Fingerprint::Digest> readWhole(int fd, qint64 size, DigestCache::E
         }
         if (n == 0)
             break;
+        bytesRead += n;
         if (head.size() < HashPool::kBlock)
             head.append(buffer.get(), std::min<qint64>(n, HashPool::kBlock - head.size()));
         hash.addData(QByteArrayView(buffer.get(), n));
@@ -113,11 +116,12 @@ std::optional<Fingerprint::Digest> readWhole(int fd, qint64 size, DigestCache::E
     std::memcpy(out.data(), digest.constData(), out.size());
     learnt.whole = out;
     learnt.first = HashPool::blockDigest(head.constData(), head.size());
-    learnt.last = size <= HashPool::kBlock ? learnt.first : blockAt(fd, size - HashPool::kBlock);
+    learnt.last = size <= HashPool::kBlock ? learnt.first : blockAt(fd, size - HashPool::kBlock, bytesRead);
     return out;
 }
 
-void readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader& reader) {
+// Reads what the job asks for, or takes it from the cache; answers the number of bytes read.
+qint64 readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader& reader) {
     // O_NONBLOCK keeps a FIFO that replaced a file since the walk from blocking the open; such an
     // item is then refused because it is not a regular file.
     FileSystem::Fd fd(FileSystem::openPath(job.path, O_RDONLY | O_NONBLOCK));
@@ -127,21 +131,22 @@ void readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader& 
             *job.slot = Fingerprint::noHash();
         else
             job.probe->failed = true;
-        return;
+        return 0;
     }
     const qint64 size = st.st_size;
     const DigestCache::Key key = keyOf(st);
     const bool cached = cache && size >= HashPool::kCachedMinimum;
     const std::optional<DigestCache::Entry> known = cached ? reader.find(key) : std::nullopt;
     DigestCache::Entry learnt;
+    qint64 bytesRead = 0;
     bool ok = true;
     switch (job.part) {
     case HashPool::Part::Whole: {
         if (known && known->whole) {
             *job.slot = Fingerprint::fromDigest(*known->whole);
-            return;
+            return 0;
         }
-        const std::optional<Fingerprint::Digest> digest = readWhole(fd.get(), size, learnt);
+        const std::optional<Fingerprint::Digest> digest = readWhole(fd.get(), size, learnt, bytesRead);
         *job.slot = digest ? Fingerprint::fromDigest(*digest) : Fingerprint::noHash();
         ok = digest.has_value();
         break;
@@ -150,9 +155,9 @@ void readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader& 
         job.probe->location = locationOf(fd.get(), st);
         if (known && known->first) {
             job.probe->first = *known->first;
-            return;
+            return 0;
         }
-        learnt.first = blockAt(fd.get(), 0);
+        learnt.first = blockAt(fd.get(), 0, bytesRead);
         job.probe->failed = !learnt.first;
         job.probe->first = learnt.first.value_or(0);
         ok = learnt.first.has_value();
@@ -160,9 +165,9 @@ void readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader& 
     case HashPool::Part::LastBlock:
         if (known && known->last) {
             job.probe->last = *known->last;
-            return;
+            return 0;
         }
-        learnt.last = blockAt(fd.get(), std::max<qint64>(0, size - HashPool::kBlock));
+        learnt.last = blockAt(fd.get(), std::max<qint64>(0, size - HashPool::kBlock), bytesRead);
         job.probe->failed = !learnt.last;
         job.probe->last = learnt.last.value_or(0);
         ok = learnt.last.has_value();
@@ -172,6 +177,7 @@ void readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader& 
     // change within the same time-stamp tick could still follow unseen.
     if (cached && ok && nanoseconds(st.st_ctim) <= nowNs() - cache->settleNs() && unchangedSince(fd.get(), st))
         cache->store(key, learnt);
+    return bytesRead;
 }
 
 // Whether the block device holding `device` spins, from sysfs; a partition's answer is its disk's.
@@ -287,7 +293,9 @@ void HashPool::work() {
         ++m_running;
         lock.unlock();
 
-        readJob(job, m_options.cache, reader);
+        const qint64 bytes = readJob(job, m_options.cache, reader);
+        if (m_options.bytesRead)
+            m_options.bytesRead->fetch_add(bytes, std::memory_order_relaxed);
         if (job.part == Part::Whole)
             m_finished.fetch_add(1, std::memory_order_relaxed);
 

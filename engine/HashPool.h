@@ -52,6 +52,7 @@ public:
         int threads = 0; // 0: one per core
         bool diskOrder = false;
         DigestCache* cache = nullptr;
+        std::atomic<qint64>* bytesRead = nullptr; // content bytes read, when given
     };
 
     HashPool(std::atomic<qint64>& finishedCounter, Options options);

@@ -60,12 +60,16 @@ void ScanEngine::rebuildIgnoreSets() {
 std::unique_ptr<DigestCache> ScanEngine::openCache() const {
     if (m_state.digestCacheFolder.isEmpty())
         return nullptr;
-    return DigestCache::open(m_state.digestCacheFolder);
+    std::unique_ptr<DigestCache> cache = DigestCache::open(m_state.digestCacheFolder);
+    if (cache && m_cacheSettleNs)
+        cache->setSettleNs(*m_cacheSettleNs);
+    return cache;
 }
 
 HashPool::Options ScanEngine::poolOptions(const QList<QByteArray>& targets, DigestCache* cache) {
     HashPool::Options options = HashPool::optionsForTargets(targets);
     options.cache = cache;
+    options.bytesRead = &m_state.contentBytesRead;
     return options;
 }
 

@@ -35,6 +35,7 @@ struct ScanState {
     std::atomic<bool> isScanRunning { false };
 
     std::atomic<qint64> totalCount { 0 };
+    std::atomic<qint64> contentBytesRead { 0 }; // file content read for digests
     std::atomic<qint64> totalDuplicateCountFiles { 0 };
     std::atomic<quint64> totalDuplicateCountTemp { 0 };
     std::atomic<quint64> totalDuplicateCount { 0 };
