@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kSchemaVersion = 1;
+constexpr int kSchemaVersion = 2;
 constexpr qint64 kExpirySeconds = 90 * 24 * 3600;
 // A hit refreshes its entry's "seen" stamp only when that is older than this, so that a rescan of
 // an unchanged tree writes next to nothing.
@@ -36,6 +36,21 @@ QSqlDatabase openConnection(const QString& name, const QString& file) {
 
 QVariant blockValue(const std::optional<quint64>& value) {
     return value ? QVariant(static_cast<qint64>(*value)) : QVariant(QMetaType(QMetaType::LongLong));
+}
+
+QVariant digestValue(const std::optional<DigestCache::Digest>& digest) {
+    if (!digest)
+        return QVariant(QMetaType(QMetaType::QByteArray));
+    return QByteArray(reinterpret_cast<const char*>(digest->data()), static_cast<qsizetype>(digest->size()));
+}
+
+std::optional<DigestCache::Digest> digestOf(const QVariant& value) {
+    const QByteArray bytes = value.toByteArray();
+    if (bytes.size() != 16)
+        return std::nullopt;
+    DigestCache::Digest digest;
+    std::memcpy(digest.data(), bytes.constData(), digest.size());
+    return digest;
 }
 
 std::optional<quint64> blockOf(const QVariant& value) {
@@ -105,7 +120,7 @@ bool DigestCache::prepare() {
         if (!run(QStringLiteral("DROP TABLE IF EXISTS digests"))
             || !run(QStringLiteral("CREATE TABLE digests (device INTEGER NOT NULL, inode INTEGER NOT NULL, "
                                    "size INTEGER NOT NULL, mtime INTEGER NOT NULL, ctime INTEGER NOT NULL, "
-                                   "first INTEGER, last INTEGER, whole BLOB, seen INTEGER NOT NULL, "
+                                   "first INTEGER, last INTEGER, whole BLOB, fast BLOB, seen INTEGER NOT NULL, "
                                    "PRIMARY KEY (device, inode)) WITHOUT ROWID"))
             || !run(QStringLiteral("CREATE INDEX digests_seen ON digests (seen)"))
             || !run(QStringLiteral("PRAGMA user_version=%1").arg(kSchemaVersion)))
@@ -142,6 +157,8 @@ void DigestCache::store(const Key& key, const Entry& entry) {
         pending.entry.last = entry.last;
     if (entry.whole)
         pending.entry.whole = entry.whole;
+    if (entry.fast)
+        pending.entry.fast = entry.fast;
 }
 
 void DigestCache::touch(const Key& key) {
@@ -164,14 +181,16 @@ void DigestCache::flush() {
     // A row of the same file with another key is replaced; parts of the same key already on disk
     // are kept where this run learnt nothing new.
     const bool prepared = insert.prepare(QStringLiteral(
-                              "INSERT INTO digests (device, inode, size, mtime, ctime, first, last, whole, seen) "
-                              "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT (device, inode) DO UPDATE SET "
+                              "INSERT INTO digests (device, inode, size, mtime, ctime, first, last, whole, fast, seen) "
+                              "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT (device, inode) DO UPDATE SET "
                               "first = CASE WHEN size = excluded.size AND mtime = excluded.mtime AND ctime = "
                               "excluded.ctime THEN coalesce(excluded.first, first) ELSE excluded.first END, "
                               "last = CASE WHEN size = excluded.size AND mtime = excluded.mtime AND ctime = "
                               "excluded.ctime THEN coalesce(excluded.last, last) ELSE excluded.last END, "
                               "whole = CASE WHEN size = excluded.size AND mtime = excluded.mtime AND ctime = "
                               "excluded.ctime THEN coalesce(excluded.whole, whole) ELSE excluded.whole END, "
+                              "fast = CASE WHEN size = excluded.size AND mtime = excluded.mtime AND ctime = "
+                              "excluded.ctime THEN coalesce(excluded.fast, fast) ELSE excluded.fast END, "
                               "size = excluded.size, mtime = excluded.mtime, ctime = excluded.ctime, "
                               "seen = excluded.seen"))
         && update.prepare(QStringLiteral("UPDATE digests SET seen = ? WHERE device = ? AND inode = ?"));
@@ -197,8 +216,8 @@ void DigestCache::flush() {
             insert.addBindValue(k.changedNs);
             insert.addBindValue(blockValue(e.first));
             insert.addBindValue(blockValue(e.last));
-            insert.addBindValue(e.whole ? QVariant(QByteArray(reinterpret_cast<const char*>(e.whole->data()), 16))
-                                        : QVariant(QMetaType(QMetaType::QByteArray)));
+            insert.addBindValue(digestValue(e.whole));
+            insert.addBindValue(digestValue(e.fast));
             insert.addBindValue(m_now);
             ok = insert.exec();
         }
@@ -224,7 +243,7 @@ DigestCache::Reader::Reader(DigestCache* cache)
     m_query = std::make_unique<QSqlQuery>(db);
     if (!db.isOpen()
         || !m_query->prepare(QStringLiteral(
-            "SELECT size, mtime, ctime, first, last, whole, seen FROM digests WHERE device = ? AND inode = ?"))) {
+            "SELECT size, mtime, ctime, first, last, whole, fast, seen FROM digests WHERE device = ? AND inode = ?"))) {
         m_cache->fail(db.isOpen() ? m_query->lastError().text() : db.lastError().text());
         m_cache = nullptr;
     }
@@ -253,12 +272,9 @@ std::optional<DigestCache::Entry> DigestCache::Reader::find(const Key& key) {
         Entry entry;
         entry.first = blockOf(m_query->value(3));
         entry.last = blockOf(m_query->value(4));
-        const QByteArray whole = m_query->value(5).toByteArray();
-        if (whole.size() == 16) {
-            entry.whole = Digest();
-            std::memcpy(entry.whole->data(), whole.constData(), 16);
-        }
-        if (m_query->value(6).toLongLong() < m_cache->m_now - kTouchSeconds)
+        entry.whole = digestOf(m_query->value(5));
+        entry.fast = digestOf(m_query->value(6));
+        if (m_query->value(7).toLongLong() < m_cache->m_now - kTouchSeconds)
             m_cache->touch(key);
         found = entry;
     }

@@ -33,11 +33,13 @@ public:
         qint64 modifiedNs = 0;
         qint64 changedNs = 0;
     };
-    // What is known of one file's content: digests of its first and last blocks and of the whole.
+    // What is known of one file's content: digests of its first and last blocks and of the whole
+    // (MD5, and the faster XXH3 of files compared only with each other).
     struct Entry {
         std::optional<quint64> first;
         std::optional<quint64> last;
         std::optional<Digest> whole;
+        std::optional<Digest> fast;
     };
 
     // Looks entries up on the thread that made it (each pool thread has its own connection).

@@ -36,12 +36,17 @@ QByteArray ContentPlanner::pathOf(const File& file, const FolderTree* tree) cons
     return PathBytes::appendingComponent(folder.path, folder.children[static_cast<size_t>(file.child)].name);
 }
 
-void ContentPlanner::submit(const File& file, const FolderTree* tree, quint64 order) {
+bool ContentPlanner::isNeeded(const File& file, const FolderTree* tree) {
+    return file.node >= 0 && tree->nodes[static_cast<size_t>(file.node)].needsFingerprint;
+}
+
+void ContentPlanner::submit(const File& file, const FolderTree* tree, quint64 order, HashPool::Part part) {
     HashPool::Job job;
     job.path = pathOf(file, tree);
     job.slot = file.slot;
     job.size = file.size;
     job.order = order;
+    job.part = part;
     m_pool.submit(std::move(job));
 }
 
@@ -62,8 +67,7 @@ void ContentPlanner::start(File file, const FolderTree* tree) {
 }
 
 void ContentPlanner::settleUnread(const File& file, const FolderTree* tree) {
-    const bool needed = file.node >= 0 && tree->nodes[static_cast<size_t>(file.node)].needsFingerprint;
-    if (needed) {
+    if (isNeeded(file, tree)) {
         submit(file, tree);
     } else {
         *file.slot = Fingerprint::unread();
@@ -93,7 +97,8 @@ void ContentPlanner::addFile(File file, bool published, const FolderTree* tree) 
     start(std::move(file), tree);
 }
 
-void ContentPlanner::markNeededFolders(FolderTree& tree, const QSet<QString>& ignoredTypes) {
+void ContentPlanner::markNeededFolders(
+    FolderTree& tree, const QSet<QString>& ignoredTypes, const QHash<const Fingerprint*, quint64>* blocks) {
     const size_t n = tree.nodes.size();
     std::vector<quint64> shape(n, 0);
     std::vector<bool> unique(n, false);
@@ -109,10 +114,17 @@ void ContentPlanner::markNeededFolders(FolderTree& tree, const QSet<QString>& ig
                 break;
             }
             switch (child.marker) {
-            case ChildMarker::F:
-                parts.push_back(
-                    child.unreadable ? mix(UnreadableTag, 0) : mix(FileTag, static_cast<quint64>(child.size)));
+            case ChildMarker::F: {
+                quint64 part
+                    = child.unreadable ? mix(UnreadableTag, 0) : mix(FileTag, static_cast<quint64>(child.size));
+                if (blocks) {
+                    const auto block = blocks->constFind(&child.fingerprint);
+                    if (block != blocks->cend())
+                        part = mix(part, *block);
+                }
+                parts.push_back(part);
                 break;
+            }
             case ChildMarker::FD: {
                 quint64 word;
                 std::memcpy(&word, child.fingerprint.digest().data(), sizeof word);
@@ -216,8 +228,23 @@ void ContentPlanner::splitProbes(const FolderTree* tree) {
     split(lastStage, [](const Probe* p) { return std::tuple(p->file.size, p->blocks.first, p->blocks.last); });
     whole.insert(whole.end(), lastStage.begin(), lastStage.end());
 
-    for (const Probe* probe : whole)
-        submit(probe->file, tree, probe->blocks.location);
+    // Files that still tie are read whole. Where no folder takes in any of their digests, the
+    // digest only decides which of them match, and the faster one does.
+    auto key = [](const Probe* p) { return std::tuple(p->file.size, p->blocks.first, p->blocks.last); };
+    std::sort(whole.begin(), whole.end(), [&](const Probe* a, const Probe* b) { return key(a) < key(b); });
+    std::vector<std::pair<const Probe*, HashPool::Part>> reads;
+    reads.reserve(whole.size());
+    for (size_t i = 0, j; i < whole.size(); i = j) {
+        bool needed = false;
+        for (j = i; j < whole.size() && key(whole[j]) == key(whole[i]); ++j)
+            needed = needed || isNeeded(whole[j]->file, tree);
+        for (size_t k = i; k < j; ++k)
+            reads.emplace_back(whole[k], needed ? HashPool::Part::Whole : HashPool::Part::WholeFast);
+    }
+    std::sort(reads.begin(), reads.end(),
+        [](const auto& a, const auto& b) { return a.first->blocks.location < b.first->blocks.location; });
+    for (const auto& [probe, part] : reads)
+        submit(probe->file, tree, probe->blocks.location, part);
     std::deque<Probe>().swap(m_probes);
 }
 
@@ -229,11 +256,45 @@ void ContentPlanner::finish(FolderTree* tree, const QSet<QString>& ignoredTypes)
             m_waiting.push_back(std::move(*it->first));
     }
     m_bySize.clear();
-    if (tree)
-        markNeededFolders(*tree, ignoredTypes);
+    std::deque<Probe> folderProbes; // files that are no candidates, looked at for their folders
+    if (tree) {
+        markNeededFolders(*tree, ignoredTypes, nullptr);
+        // Folders that share a shape are told apart by their files' first blocks as well, so every
+        // longer file in them has its first block looked at; equal folders have equal blocks.
+        std::erase_if(m_waiting, [&](const File& file) {
+            if (!isNeeded(file, tree) || file.size <= HashPool::kBlock)
+                return false;
+            Probe& probe = folderProbes.emplace_back(Probe { file, {} });
+            HashPool::Job job;
+            job.path = pathOf(file, tree);
+            job.probe = &probe.blocks;
+            job.size = file.size;
+            job.part = HashPool::Part::FirstBlock;
+            m_pool.submit(std::move(job));
+            return true;
+        });
+        m_pool.waitForAll();
+        QHash<const Fingerprint*, quint64> blocks;
+        blocks.reserve(static_cast<qsizetype>(m_probes.size() + folderProbes.size()));
+        for (const std::deque<Probe>* probes : { &m_probes, &folderProbes }) {
+            for (const Probe& probe : *probes) {
+                if (isNeeded(probe.file, tree))
+                    blocks.insert(probe.file.slot, probe.blocks.failed ? mix(UnreadableTag, 1) : probe.blocks.first);
+            }
+        }
+        markNeededFolders(*tree, ignoredTypes, &blocks);
+    }
     for (const File& file : m_waiting)
         settleUnread(file, tree);
     std::vector<File>().swap(m_waiting);
-    m_pool.waitForAll(); // every first block is known
+    for (const Probe& probe : folderProbes) {
+        if (isNeeded(probe.file, tree)) {
+            submit(probe.file, tree, probe.blocks.location);
+        } else {
+            *probe.file.slot = Fingerprint::unread();
+            m_totalCount.fetch_add(1, std::memory_order_relaxed);
+        }
+    }
+    m_pool.waitForAll(); // every candidate's first block is known
     splitProbes(tree);
 }

@@ -30,7 +30,8 @@ struct ScanSettings;
 // than a block are first told apart by their first block and, where that ties on a larger file, by
 // their last: a file whose block differs from every other candidate of its length cannot match any
 // of them and is left unread (unless a folder needs it). Only files that still tie are read whole,
-// in the order they lie on the disk.
+// in the order they lie on the disk, with a faster digest than MD5 where no folder needs theirs:
+// like MD5's, its collisions are taken not to happen.
 class ContentPlanner {
 public:
     struct File {
@@ -61,11 +62,16 @@ private:
     };
 
     QByteArray pathOf(const File& file, const FolderTree* tree) const;
-    void submit(const File& file, const FolderTree* tree, quint64 order = 0);
+    static bool isNeeded(const File& file, const FolderTree* tree);
+    void submit(
+        const File& file, const FolderTree* tree, quint64 order = 0, HashPool::Part part = HashPool::Part::Whole);
     void start(File file, const FolderTree* tree);
     void settleUnread(const File& file, const FolderTree* tree);
     void splitProbes(const FolderTree* tree);
-    void markNeededFolders(FolderTree& tree, const QSet<QString>& ignoredTypes);
+    // `blocks`, when given, holds the first-block digests of the longer files in the folders
+    // already marked, which tell apart folders of the same shape.
+    void markNeededFolders(
+        FolderTree& tree, const QSet<QString>& ignoredTypes, const QHash<const Fingerprint*, quint64>* blocks);
 
     HashPool& m_pool;
     std::atomic<qint64>& m_totalCount;

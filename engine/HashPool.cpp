@@ -17,6 +17,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
+#include <xxhash.h>
 
 namespace {
 
@@ -90,10 +91,15 @@ qint64 nowNs() {
     return nanoseconds(now);
 }
 
-// The whole file's MD5 read in large chunks, noting its first and last blocks on the way.
-std::optional<Fingerprint::Digest> readWhole(int fd, qint64 size, DigestCache::Entry& learnt, qint64& bytesRead) {
+// The whole file's digest (MD5, or XXH3 when `fast`) read in large chunks, noting its first and
+// last blocks on the way.
+std::optional<Fingerprint::Digest> readWhole(
+    int fd, qint64 size, bool fast, DigestCache::Entry& learnt, qint64& bytesRead) {
     ::posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
     QCryptographicHash hash(QCryptographicHash::Md5);
+    std::unique_ptr<XXH3_state_t, decltype(&XXH3_freeState)> fastHash(XXH3_createState(), &XXH3_freeState);
+    if (fast)
+        XXH3_128bits_reset(fastHash.get());
     static constexpr qint64 kChunk = 128 * 1024;
     std::unique_ptr<char[]> buffer(new char[kChunk]);
     QByteArray head;
@@ -109,12 +115,23 @@ std::optional<Fingerprint::Digest> readWhole(int fd, qint64 size, DigestCache::E
         bytesRead += n;
         if (head.size() < HashPool::kBlock)
             head.append(buffer.get(), std::min<qint64>(n, HashPool::kBlock - head.size()));
-        hash.addData(QByteArrayView(buffer.get(), n));
+        if (fast)
+            XXH3_128bits_update(fastHash.get(), buffer.get(), static_cast<size_t>(n));
+        else
+            hash.addData(QByteArrayView(buffer.get(), n));
     }
-    const QByteArray digest = hash.result();
     Fingerprint::Digest out;
-    std::memcpy(out.data(), digest.constData(), out.size());
-    learnt.whole = out;
+    if (fast) {
+        XXH128_canonical_t canonical;
+        XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(fastHash.get()));
+        static_assert(sizeof canonical.digest == 16);
+        std::memcpy(out.data(), canonical.digest, out.size());
+        learnt.fast = out;
+    } else {
+        const QByteArray digest = hash.result();
+        std::memcpy(out.data(), digest.constData(), out.size());
+        learnt.whole = out;
+    }
     learnt.first = HashPool::blockDigest(head.constData(), head.size());
     learnt.last = size <= HashPool::kBlock ? learnt.first : blockAt(fd, size - HashPool::kBlock, bytesRead);
     return out;
@@ -127,7 +144,7 @@ qint64 readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader
     FileSystem::Fd fd(FileSystem::openPath(job.path, O_RDONLY | O_NONBLOCK));
     struct stat st;
     if (!fd.isValid() || ::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode)) {
-        if (job.part == HashPool::Part::Whole)
+        if (job.slot)
             *job.slot = Fingerprint::noHash();
         else
             job.probe->failed = true;
@@ -141,12 +158,15 @@ qint64 readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader
     qint64 bytesRead = 0;
     bool ok = true;
     switch (job.part) {
-    case HashPool::Part::Whole: {
-        if (known && known->whole) {
-            *job.slot = Fingerprint::fromDigest(*known->whole);
+    case HashPool::Part::Whole:
+    case HashPool::Part::WholeFast: {
+        const bool fast = job.part == HashPool::Part::WholeFast;
+        const std::optional<DigestCache::Digest> stored = !known ? std::nullopt : fast ? known->fast : known->whole;
+        if (stored) {
+            *job.slot = Fingerprint::fromDigest(*stored);
             return 0;
         }
-        const std::optional<Fingerprint::Digest> digest = readWhole(fd.get(), size, learnt, bytesRead);
+        const std::optional<Fingerprint::Digest> digest = readWhole(fd.get(), size, fast, learnt, bytesRead);
         *job.slot = digest ? Fingerprint::fromDigest(*digest) : Fingerprint::noHash();
         ok = digest.has_value();
         break;
@@ -296,7 +316,7 @@ void HashPool::work() {
         const qint64 bytes = readJob(job, m_options.cache, reader);
         if (m_options.bytesRead)
             m_options.bytesRead->fetch_add(bytes, std::memory_order_relaxed);
-        if (job.part == Part::Whole)
+        if (job.slot)
             m_finished.fetch_add(1, std::memory_order_relaxed);
 
         lock.lock();

@@ -22,7 +22,7 @@ struct BlockProbe {
     bool failed = false; // the file could not be opened or read: it is "NOHash"
 };
 
-// Reads files on a set of threads while the walk goes on. A whole-file job writes the file's MD5
+// Reads files on a set of threads while the walk goes on. A whole-file job writes the file's digest
 // into its slot ("NOHash" when it cannot be read) and adds one to the given counter; a block job
 // writes the digest of the first or last block into its probe. Slots and probes must stay where
 // they are until waitForAll() returns.
@@ -38,7 +38,9 @@ public:
     static constexpr qint64 kBlock = 4096;
     static constexpr qint64 kCachedMinimum = kBlock + 1;
 
-    enum class Part : uint8_t { Whole, FirstBlock, LastBlock };
+    // A whole read gives the file's MD5, or for files whose digest only decides whether they match
+    // each other (no folder fingerprint takes it in) a 128-bit XXH3, many times faster to compute.
+    enum class Part : uint8_t { Whole, WholeFast, FirstBlock, LastBlock };
     struct Job {
         QByteArray path;
         Fingerprint* slot = nullptr; // whole-file jobs
