@@ -10,6 +10,7 @@
 #include "app/mainScreen.h"
 #include "app/mainView.h"
 #include "app/progressView.h"
+#include "base/DigestCache.h"
 #include "base/Log.h"
 #include "controls/StripedProgressBar.h"
 #include "engine/ScanDriver.h"
@@ -44,6 +45,7 @@ AppDelegate::AppDelegate(Prompter& prompter, QObject* parent)
     , m_listSelection(m_state)
     , m_listModel(m_state, m_listSelection) {
     s_instance = this;
+    m_state.digestCacheFolder = DigestCache::defaultFolder();
     openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     // Each scan takes its own copy of the stored settings when it starts, after any write of the
     // preferences window has landed; the window keeps a copy of its own.

@@ -3,6 +3,8 @@
 #include "app/AboutPane.h"
 #include "app/IgnoredFolderModel.h"
 #include "base/ByteCountFormatter.h"
+#include "base/DigestCache.h"
+#include "base/Log.h"
 #include "base/PathBytes.h"
 #include "base/ScanSettings.h"
 #include "base/SettingsStore.h"
@@ -17,6 +19,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QScreen>
 #include <QShortcut>
 #include <QSlider>
@@ -197,7 +200,31 @@ QWidget* PreferenceWindow::makeSettingsTab() {
     connect(removeButton, &QToolButton::clicked, this, &PreferenceWindow::Remove_Folder);
     connect(ignoreScrollview->selectionModel(), &QItemSelectionModel::selectionChanged, removeButton,
         [this, removeButton] { removeButton->setEnabled(ignoreScrollview->selectionModel()->hasSelection()); });
+
+    layout->addSpacing(12);
+    layout->addWidget(heading(tr("Digest cache")));
+    auto* cacheRow = new QHBoxLayout;
+    cacheSizeText = new QLabel;
+    clearCacheButton = new QPushButton(tr("Clear cache"));
+    clearCacheButton->setToolTip(tr("Forget the digests kept from earlier scans; the next scan reads every file."));
+    cacheRow->addWidget(cacheSizeText, 1);
+    cacheRow->addWidget(clearCacheButton);
+    layout->addLayout(cacheRow);
+    connect(clearCacheButton, &QPushButton::clicked, this, &PreferenceWindow::clearCache);
     return tab;
+}
+
+void PreferenceWindow::refreshCacheSize() {
+    const qint64 bytes = DigestCache::sizeOnDisk(cacheFolder);
+    cacheSizeText->setText(tr("Digests of earlier scans take %1.")
+                               .arg(bytes == 0 ? QStringLiteral("0 bytes") : ByteCountFormatter::decimal(bytes)));
+    clearCacheButton->setEnabled(bytes > 0);
+}
+
+void PreferenceWindow::clearCache() {
+    if (!DigestCache::clear(cacheFolder))
+        Log::line(QStringLiteral("digest cache %1 could not be removed").arg(DigestCache::fileIn(cacheFolder)));
+    refreshCacheSize();
 }
 
 QWidget* PreferenceWindow::makeAboutTab() {
@@ -391,4 +418,5 @@ void PreferenceWindow::moveEvent(QMoveEvent* event) {
 void PreferenceWindow::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     windowDidMove();
+    refreshCacheSize();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/DigestCache.h"
+
 #include <QFuture>
 #include <QUrl>
 #include <QWidget>
@@ -9,6 +11,7 @@ class IgnoredFolderModel;
 class Prompter;
 class QCheckBox;
 class QLabel;
+class QPushButton;
 class QSlider;
 class QTabWidget;
 class QTableView;
@@ -66,6 +69,12 @@ public:
     // Resizes the window for the chosen tab, keeping its top edge and horizontal centre.
     void tabViewDidSelectTabViewItem(int index);
 
+    // The size of the digest cache, shown beside its "Clear cache" button (refreshed on showing),
+    // and removing it.
+    void refreshCacheSize();
+    void clearCache();
+    QString cacheFolder = DigestCache::defaultFolder();
+
     // Opens web pages; QDesktopServices by default, replaceable in tests.
     std::function<bool(const QUrl&)> openUrl;
 
@@ -84,6 +93,8 @@ public:
     QLabel* versionApp = nullptr;
     QLabel* CopyrightApp = nullptr;
     QLabel* websiteApp = nullptr;
+    QLabel* cacheSizeText = nullptr;
+    QPushButton* clearCacheButton = nullptr;
 
     // The window's frame origin, truncated, as last recorded. It is counted as the original program
     // counts it, from the bottom-left corner with y growing upwards from the bottom of the primary

@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 
 #include "base/ByteCountFormatter.h"
+#include "base/DigestCache.h"
 #include "base/FileSystem.h"
 #include "base/Log.h"
 #include "base/PathBytes.h"
@@ -36,6 +37,7 @@ Options (for this run only; the stored settings are not changed):
   --no-progress            no status line
   --verbose                copy the program's log lines (always sent to the system log) to
                            standard error
+  --no-cache               read every file, neither using nor filling the digest cache
   -h, --help               show this help
   --version                show the version
 
@@ -62,6 +64,7 @@ struct Options {
     std::optional<QList<QByteArray>> ignoreFolders;
     ResultWriter::Format format = ResultWriter::Format::Text;
     bool progress = false;
+    bool cache = true;
     QList<QByteArray> paths;
     std::optional<CommandLineRemoval::Keep> keep;
     std::optional<RemovalActions::Action> action;
@@ -175,6 +178,8 @@ Options parse(const QList<QByteArray>& arguments) {
             options.progress = false;
         } else if (argument == "--verbose") {
             options.verbose = true;
+        } else if (argument == "--no-cache") {
+            options.cache = false;
         } else {
             throw UsageError { "unknown option '" + name + "'" };
         }
@@ -312,6 +317,8 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
     }
 
     ScanState state;
+    if (options.cache)
+        state.digestCacheFolder = DigestCache::defaultFolder();
     ScanDriver* driverRef = nullptr;
     ConsoleObserver observer(driverRef);
     ScanDriver driver(state, observer);

@@ -1,10 +1,10 @@
 #include "engine/ContentPlanner.h"
 
 #include "base/PathBytes.h"
-#include "engine/HashPool.h"
 
 #include <algorithm>
 #include <cstring>
+#include <tuple>
 
 namespace {
 
@@ -16,7 +16,11 @@ quint64 mix(quint64 seed, quint64 value) {
     return z ^ (z >> 31);
 }
 
-enum Tag : quint64 { FileTag = 1, UnitTag = 3, FolderTag = 4, EmptyTag = 5 };
+// Files at least this long that tie on their first block are compared by their last before a whole
+// read.
+constexpr qint64 kLastBlockMinimum = 64 * 1024;
+
+enum Tag : quint64 { FileTag = 1, UnreadableTag = 2, UnitTag = 3, FolderTag = 4, EmptyTag = 5 };
 
 } // namespace
 
@@ -25,13 +29,50 @@ ContentPlanner::ContentPlanner(HashPool& pool, std::atomic<qint64>& totalCount, 
     , m_totalCount(totalCount)
     , m_readEverything(readEverything) { }
 
-void ContentPlanner::submit(const File& file, const FolderTree* tree) {
-    QByteArray path = file.path;
-    if (file.node >= 0) {
-        const FolderTreeNode& folder = tree->nodes[static_cast<size_t>(file.node)];
-        path = PathBytes::appendingComponent(folder.path, folder.children[static_cast<size_t>(file.child)].name);
+QByteArray ContentPlanner::pathOf(const File& file, const FolderTree* tree) const {
+    if (file.node < 0)
+        return file.path;
+    const FolderTreeNode& folder = tree->nodes[static_cast<size_t>(file.node)];
+    return PathBytes::appendingComponent(folder.path, folder.children[static_cast<size_t>(file.child)].name);
+}
+
+bool ContentPlanner::isNeeded(const File& file, const FolderTree* tree) {
+    return file.node >= 0 && tree->nodes[static_cast<size_t>(file.node)].needsFingerprint;
+}
+
+void ContentPlanner::submit(const File& file, const FolderTree* tree, quint64 order, HashPool::Part part) {
+    HashPool::Job job;
+    job.path = pathOf(file, tree);
+    job.slot = file.slot;
+    job.size = file.size;
+    job.order = order;
+    job.part = part;
+    m_pool.submit(std::move(job));
+}
+
+// A file that shares its length with another candidate: a short one is read whole at once, a
+// longer one first has its first block looked at.
+void ContentPlanner::start(File file, const FolderTree* tree) {
+    if (file.size <= HashPool::kBlock) {
+        submit(file, tree);
+        return;
     }
-    m_pool.submit({ std::move(path), file.slot, file.size });
+    Probe& probe = m_probes.emplace_back(Probe { std::move(file), {} });
+    HashPool::Job job;
+    job.path = pathOf(probe.file, tree);
+    job.probe = &probe.blocks;
+    job.size = probe.file.size;
+    job.part = HashPool::Part::FirstBlock;
+    m_pool.submit(std::move(job));
+}
+
+void ContentPlanner::settleUnread(const File& file, const FolderTree* tree) {
+    if (isNeeded(file, tree)) {
+        submit(file, tree);
+    } else {
+        *file.slot = Fingerprint::unread();
+        m_totalCount.fetch_add(1, std::memory_order_relaxed);
+    }
 }
 
 void ContentPlanner::addFile(File file, bool published, const FolderTree* tree) {
@@ -50,13 +91,14 @@ void ContentPlanner::addFile(File file, bool published, const FolderTree* tree) 
         return;
     }
     if (bucket.first) {
-        submit(*bucket.first, tree);
+        start(std::move(*bucket.first), tree);
         bucket.first.reset();
     }
-    submit(file, tree);
+    start(std::move(file), tree);
 }
 
-void ContentPlanner::markNeededFolders(FolderTree& tree, const QSet<QString>& ignoredTypes) {
+void ContentPlanner::markNeededFolders(
+    FolderTree& tree, const QSet<QString>& ignoredTypes, const QHash<const Fingerprint*, quint64>* blocks) {
     const size_t n = tree.nodes.size();
     std::vector<quint64> shape(n, 0);
     std::vector<bool> unique(n, false);
@@ -72,9 +114,16 @@ void ContentPlanner::markNeededFolders(FolderTree& tree, const QSet<QString>& ig
                 break;
             }
             switch (child.marker) {
-            case ChildMarker::F:
-                parts.push_back(mix(FileTag, static_cast<quint64>(child.size)));
+            case ChildMarker::F: {
+                quint64 part = mix(FileTag, static_cast<quint64>(child.size));
+                if (blocks) {
+                    const auto block = blocks->constFind(&child.fingerprint);
+                    if (block != blocks->cend())
+                        part = mix(part, *block);
+                }
+                parts.push_back(part);
                 break;
+            }
             case ChildMarker::FD: {
                 quint64 word;
                 std::memcpy(&word, child.fingerprint.digest().data(), sizeof word);
@@ -119,6 +168,85 @@ void ContentPlanner::markNeededFolders(FolderTree& tree, const QSet<QString>& ig
     }
 }
 
+void ContentPlanner::splitProbes(const FolderTree* tree) {
+    // Reads a probe's file whole when its folder needs it, in disk order like the files that tie.
+    auto alone = [&](const Probe& probe) {
+        const bool needed = probe.file.node >= 0 && tree->nodes[static_cast<size_t>(probe.file.node)].needsFingerprint;
+        if (needed) {
+            submit(probe.file, tree, probe.blocks.location);
+        } else {
+            *probe.file.slot = Fingerprint::unread();
+            m_totalCount.fetch_add(1, std::memory_order_relaxed);
+        }
+    };
+    // Files that could not be looked at are "NOHash", as reading them whole would make them; the
+    // others are sorted by the given key, and those alone in their run are settled.
+    auto split = [&](std::vector<Probe*>& probes, auto key) {
+        std::vector<Probe*> tied;
+        std::erase_if(probes, [&](Probe* probe) {
+            if (!probe->blocks.failed)
+                return false;
+            *probe->file.slot = probe->blocks.failure;
+            m_totalCount.fetch_add(1, std::memory_order_relaxed);
+            return true;
+        });
+        std::sort(probes.begin(), probes.end(), [&](const Probe* a, const Probe* b) { return key(a) < key(b); });
+        for (size_t i = 0, j; i < probes.size(); i = j) {
+            for (j = i + 1; j < probes.size() && key(probes[j]) == key(probes[i]);)
+                ++j;
+            if (j - i == 1)
+                alone(*probes[i]);
+            else
+                tied.insert(tied.end(), probes.begin() + static_cast<std::ptrdiff_t>(i),
+                    probes.begin() + static_cast<std::ptrdiff_t>(j));
+        }
+        probes = std::move(tied);
+    };
+
+    std::vector<Probe*> probes;
+    probes.reserve(m_probes.size());
+    for (Probe& probe : m_probes)
+        probes.push_back(&probe);
+    split(probes, [](const Probe* p) { return std::pair(p->file.size, p->blocks.first); });
+
+    // Large files that tie on their first block (a shared header, say) often differ at the end.
+    std::vector<Probe*> whole;
+    std::vector<Probe*> lastStage;
+    for (Probe* probe : probes)
+        (probe->file.size >= kLastBlockMinimum ? lastStage : whole).push_back(probe);
+    for (Probe* probe : lastStage) {
+        HashPool::Job job;
+        job.path = pathOf(probe->file, tree);
+        job.probe = &probe->blocks;
+        job.size = probe->file.size;
+        job.order = probe->blocks.location;
+        job.part = HashPool::Part::LastBlock;
+        m_pool.submit(std::move(job));
+    }
+    m_pool.waitForAll();
+    split(lastStage, [](const Probe* p) { return std::tuple(p->file.size, p->blocks.first, p->blocks.last); });
+    whole.insert(whole.end(), lastStage.begin(), lastStage.end());
+
+    // Files that still tie are read whole. Where no folder takes in any of their digests, the
+    // digest only decides which of them match, and the faster one does.
+    auto key = [](const Probe* p) { return std::tuple(p->file.size, p->blocks.first, p->blocks.last); };
+    std::sort(whole.begin(), whole.end(), [&](const Probe* a, const Probe* b) { return key(a) < key(b); });
+    std::vector<std::pair<const Probe*, HashPool::Part>> reads;
+    reads.reserve(whole.size());
+    for (size_t i = 0, j; i < whole.size(); i = j) {
+        bool needed = false;
+        for (j = i; j < whole.size() && key(whole[j]) == key(whole[i]); ++j)
+            needed = needed || isNeeded(whole[j]->file, tree);
+        for (size_t k = i; k < j; ++k)
+            reads.emplace_back(whole[k], needed ? HashPool::Part::Whole : HashPool::Part::WholeFast);
+    }
+    std::sort(reads.begin(), reads.end(),
+        [](const auto& a, const auto& b) { return a.first->blocks.location < b.first->blocks.location; });
+    for (const auto& [probe, part] : reads)
+        submit(probe->file, tree, probe->blocks.location, part);
+    std::deque<Probe>().swap(m_probes);
+}
+
 void ContentPlanner::finish(FolderTree* tree, const QSet<QString>& ignoredTypes) {
     if (m_readEverything)
         return;
@@ -127,16 +255,45 @@ void ContentPlanner::finish(FolderTree* tree, const QSet<QString>& ignoredTypes)
             m_waiting.push_back(std::move(*it->first));
     }
     m_bySize.clear();
-    if (tree)
-        markNeededFolders(*tree, ignoredTypes);
-    for (const File& file : m_waiting) {
-        const bool needed = file.node >= 0 && tree->nodes[static_cast<size_t>(file.node)].needsFingerprint;
-        if (needed) {
-            submit(file, tree);
+    std::deque<Probe> folderProbes; // files that are no candidates, looked at for their folders
+    if (tree) {
+        markNeededFolders(*tree, ignoredTypes, nullptr);
+        // Folders that share a shape are told apart by their files' first blocks as well, so every
+        // longer file in them has its first block looked at; equal folders have equal blocks.
+        std::erase_if(m_waiting, [&](const File& file) {
+            if (!isNeeded(file, tree) || file.size <= HashPool::kBlock)
+                return false;
+            Probe& probe = folderProbes.emplace_back(Probe { file, {} });
+            HashPool::Job job;
+            job.path = pathOf(file, tree);
+            job.probe = &probe.blocks;
+            job.size = file.size;
+            job.part = HashPool::Part::FirstBlock;
+            m_pool.submit(std::move(job));
+            return true;
+        });
+        m_pool.waitForAll();
+        QHash<const Fingerprint*, quint64> blocks;
+        blocks.reserve(static_cast<qsizetype>(m_probes.size() + folderProbes.size()));
+        for (const std::deque<Probe>* probes : { &m_probes, &folderProbes }) {
+            for (const Probe& probe : *probes) {
+                if (isNeeded(probe.file, tree))
+                    blocks.insert(probe.file.slot, probe.blocks.failed ? mix(UnreadableTag, 1) : probe.blocks.first);
+            }
+        }
+        markNeededFolders(*tree, ignoredTypes, &blocks);
+    }
+    for (const File& file : m_waiting)
+        settleUnread(file, tree);
+    std::vector<File>().swap(m_waiting);
+    for (const Probe& probe : folderProbes) {
+        if (isNeeded(probe.file, tree)) {
+            submit(probe.file, tree, probe.blocks.location);
         } else {
-            *file.slot = Fingerprint::unread();
+            *probe.file.slot = Fingerprint::unread();
             m_totalCount.fetch_add(1, std::memory_order_relaxed);
         }
     }
-    std::vector<File>().swap(m_waiting);
+    m_pool.waitForAll(); // every candidate's first block is known
+    splitProbes(tree);
 }

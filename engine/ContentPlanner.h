@@ -1,15 +1,16 @@
 #pragma once
 
 #include "detect/FolderTree.h"
+#include "engine/HashPool.h"
 
 #include <QHash>
 #include <QSet>
 #include <QString>
 #include <atomic>
+#include <deque>
 #include <optional>
 #include <vector>
 
-class HashPool;
 struct ScanSettings;
 
 // Decides which files a scan must read. A file's digest can change the result only when the file
@@ -23,8 +24,13 @@ struct ScanSettings;
 // the other's digest text; like an MD5 collision, that is taken not to happen. Whether a file can be
 // read, or is still there, is learnt only by reading it.
 //
-// Files that share a length with another published file are handed to the pool as soon as the walk
-// meets the second one, so reading overlaps the walk; the rest is decided when the walk is done.
+// Files that share a length with another published file are looked at as soon as the walk meets the
+// second one, so reading overlaps the walk; the rest is decided when the walk is done. Files longer
+// than a block are first told apart by their first block and, where that ties on a larger file, by
+// their last: a file whose block differs from every other candidate of its length cannot match any
+// of them and is left unread (unless a folder needs it). Only files that still tie are read whole,
+// in the order they lie on the disk, with a faster digest than MD5 where no folder needs theirs:
+// like MD5's, its collisions are taken not to happen.
 class ContentPlanner {
 public:
     struct File {
@@ -49,13 +55,27 @@ private:
         int published = 0;
         std::optional<File> first;
     };
+    struct Probe {
+        File file;
+        BlockProbe blocks;
+    };
 
-    void submit(const File& file, const FolderTree* tree);
-    void markNeededFolders(FolderTree& tree, const QSet<QString>& ignoredTypes);
+    QByteArray pathOf(const File& file, const FolderTree* tree) const;
+    static bool isNeeded(const File& file, const FolderTree* tree);
+    void submit(
+        const File& file, const FolderTree* tree, quint64 order = 0, HashPool::Part part = HashPool::Part::Whole);
+    void start(File file, const FolderTree* tree);
+    void settleUnread(const File& file, const FolderTree* tree);
+    void splitProbes(const FolderTree* tree);
+    // `blocks`, when given, holds the first-block digests of the longer files in the folders
+    // already marked, which tell apart folders of the same shape.
+    void markNeededFolders(
+        FolderTree& tree, const QSet<QString>& ignoredTypes, const QHash<const Fingerprint*, quint64>* blocks);
 
     HashPool& m_pool;
     std::atomic<qint64>& m_totalCount;
     bool m_readEverything;
     QHash<qint64, SizeBucket> m_bySize;
     std::vector<File> m_waiting;
+    std::deque<Probe> m_probes; // the pool writes into them: addresses stay put
 };

@@ -1,19 +1,273 @@
 #include "engine/HashPool.h"
 
+#include "base/DigestCache.h"
+#include "base/FileSystem.h"
+#include "base/Log.h"
+#include "base/PathBytes.h"
 #include "detect/FileHash.h"
 
+#include <QCryptographicHash>
+#include <QFileInfo>
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <linux/fiemap.h>
+#include <linux/fs.h>
+#include <optional>
+#include <set>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+#include <xxhash.h>
 
 namespace {
 
-bool smaller(const HashPool::Job& a, const HashPool::Job& b) {
-    return a.size < b.size;
+qint64 nanoseconds(const struct timespec& time) {
+    return static_cast<qint64>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+}
+
+DigestCache::Key keyOf(const struct stat& st) {
+    return { static_cast<quint64>(st.st_dev), static_cast<quint64>(st.st_ino), static_cast<qint64>(st.st_size),
+        nanoseconds(st.st_mtim), nanoseconds(st.st_ctim) };
+}
+
+// Reads exactly `length` bytes at `offset` unless the file ends first; false on a read error.
+bool readAt(int fd, char* buffer, qint64 length, qint64 offset, qint64& got) {
+    got = 0;
+    while (got < length) {
+        const ssize_t n
+            = ::pread(fd, buffer + got, static_cast<size_t>(length - got), static_cast<off_t>(offset + got));
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        if (n == 0)
+            break;
+        got += n;
+    }
+    return true;
+}
+
+std::optional<quint64> blockAt(int fd, qint64 offset, qint64& bytesRead) {
+    char buffer[HashPool::kBlock];
+    qint64 got = 0;
+    const bool ok = readAt(fd, buffer, HashPool::kBlock, offset, got);
+    bytesRead += got;
+    if (!ok)
+        return std::nullopt;
+    return HashPool::blockDigest(buffer, got);
+}
+
+// The first physical byte of the file's data, from the file system's extent map; the inode number
+// where there is none (tmpfs, inline data, network file systems).
+quint64 locationOf(int fd, const struct stat& st) {
+    // The request is followed by room for one extent.
+    alignas(struct fiemap) char request[sizeof(struct fiemap) + sizeof(struct fiemap_extent)] {};
+    struct fiemap map { };
+    map.fm_start = 0;
+    map.fm_length = FIEMAP_MAX_OFFSET;
+    map.fm_extent_count = 1;
+    std::memcpy(request, &map, sizeof map);
+    if (::ioctl(fd, FS_IOC_FIEMAP, request) != 0)
+        return static_cast<quint64>(st.st_ino);
+    std::memcpy(&map, request, sizeof map);
+    struct fiemap_extent extent;
+    std::memcpy(&extent, request + sizeof map, sizeof extent);
+    if (map.fm_mapped_extents > 0 && !(extent.fe_flags & (FIEMAP_EXTENT_UNKNOWN | FIEMAP_EXTENT_DATA_INLINE)))
+        return extent.fe_physical;
+    return static_cast<quint64>(st.st_ino);
+}
+
+bool unchangedSince(int fd, const struct stat& before) {
+    struct stat after;
+    return ::fstat(fd, &after) == 0 && after.st_size == before.st_size
+        && nanoseconds(after.st_mtim) == nanoseconds(before.st_mtim)
+        && nanoseconds(after.st_ctim) == nanoseconds(before.st_ctim);
+}
+
+qint64 nowNs() {
+    struct timespec now;
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return nanoseconds(now);
+}
+
+// The whole file's digest (MD5, or XXH3 when `fast`) read in large chunks, noting its first and
+// last blocks on the way.
+std::optional<Fingerprint::Digest> readWhole(
+    int fd, qint64 size, bool fast, DigestCache::Entry& learnt, qint64& bytesRead) {
+    ::posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
+    QCryptographicHash hash(QCryptographicHash::Md5);
+    std::unique_ptr<XXH3_state_t, decltype(&XXH3_freeState)> fastHash(XXH3_createState(), &XXH3_freeState);
+    if (fast)
+        XXH3_128bits_reset(fastHash.get());
+    static constexpr qint64 kChunk = 128 * 1024;
+    std::unique_ptr<char[]> buffer(new char[kChunk]);
+    QByteArray head;
+    for (;;) {
+        const ssize_t n = ::read(fd, buffer.get(), kChunk);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return std::nullopt;
+        }
+        if (n == 0)
+            break;
+        bytesRead += n;
+        if (head.size() < HashPool::kBlock)
+            head.append(buffer.get(), std::min<qint64>(n, HashPool::kBlock - head.size()));
+        if (fast)
+            XXH3_128bits_update(fastHash.get(), buffer.get(), static_cast<size_t>(n));
+        else
+            hash.addData(QByteArrayView(buffer.get(), n));
+    }
+    Fingerprint::Digest out;
+    if (fast) {
+        XXH128_canonical_t canonical;
+        XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(fastHash.get()));
+        static_assert(sizeof canonical.digest == 16);
+        std::memcpy(out.data(), canonical.digest, out.size());
+        learnt.fast = out;
+    } else {
+        const QByteArray digest = hash.result();
+        std::memcpy(out.data(), digest.constData(), out.size());
+        learnt.whole = out;
+    }
+    learnt.first = HashPool::blockDigest(head.constData(), head.size());
+    learnt.last = size <= HashPool::kBlock ? learnt.first : blockAt(fd, size - HashPool::kBlock, bytesRead);
+    return out;
+}
+
+// Reads what the job asks for, or takes it from the cache; answers the number of bytes read.
+qint64 readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader& reader) {
+    // O_NONBLOCK keeps a FIFO that replaced a file since the walk from blocking the open; such an
+    // item is then refused because it is not a regular file.
+    FileSystem::Fd fd(FileSystem::openPath(job.path, O_RDONLY | O_NONBLOCK));
+    struct stat st;
+    // A file gone since the walk is left out; one that cannot be opened is "NOHash"; one that is no
+    // longer the regular file of the walk's length matches nothing. None of them is ever grouped.
+    std::optional<Fingerprint> failure;
+    if (!fd.isValid()) {
+        failure = errno == ENOENT || errno == ENOTDIR ? Fingerprint::vanished() : Fingerprint::noHash();
+    } else if (::fstat(fd.get(), &st) != 0) {
+        failure = Fingerprint::noHash();
+    } else if (!S_ISREG(st.st_mode) || st.st_size != job.size) {
+        Log::line(
+            QStringLiteral("changed during the scan, compared with nothing: %1").arg(PathBytes::display(job.path)));
+        failure = createRandomBytes();
+    }
+    if (failure) {
+        if (job.slot) {
+            *job.slot = *failure;
+        } else {
+            job.probe->failed = true;
+            job.probe->failure = *failure;
+        }
+        return 0;
+    }
+    const qint64 size = st.st_size;
+    const DigestCache::Key key = keyOf(st);
+    const bool cached = cache && size >= HashPool::kCachedMinimum;
+    const std::optional<DigestCache::Entry> known = cached ? reader.find(key) : std::nullopt;
+    DigestCache::Entry learnt;
+    qint64 bytesRead = 0;
+    bool ok = true;
+    switch (job.part) {
+    case HashPool::Part::Whole:
+    case HashPool::Part::WholeFast: {
+        const bool fast = job.part == HashPool::Part::WholeFast;
+        const std::optional<DigestCache::Digest> stored = !known ? std::nullopt : fast ? known->fast : known->whole;
+        if (stored) {
+            *job.slot = Fingerprint::fromDigest(*stored);
+            return 0;
+        }
+        const std::optional<Fingerprint::Digest> digest = readWhole(fd.get(), size, fast, learnt, bytesRead);
+        ok = digest.has_value();
+        if (ok && !unchangedSince(fd.get(), st)) {
+            Log::line(
+                QStringLiteral("changed during the scan, compared with nothing: %1").arg(PathBytes::display(job.path)));
+            *job.slot = createRandomBytes();
+            return bytesRead;
+        }
+        *job.slot = digest ? Fingerprint::fromDigest(*digest) : Fingerprint::noHash();
+        break;
+    }
+    case HashPool::Part::FirstBlock:
+        job.probe->location = locationOf(fd.get(), st);
+        if (known && known->first) {
+            job.probe->first = *known->first;
+            return 0;
+        }
+        learnt.first = blockAt(fd.get(), 0, bytesRead);
+        job.probe->failed = !learnt.first;
+        job.probe->first = learnt.first.value_or(0);
+        ok = learnt.first.has_value();
+        break;
+    case HashPool::Part::LastBlock:
+        if (known && known->last) {
+            job.probe->last = *known->last;
+            return 0;
+        }
+        learnt.last = blockAt(fd.get(), std::max<qint64>(0, size - HashPool::kBlock), bytesRead);
+        job.probe->failed = !learnt.last;
+        job.probe->last = learnt.last.value_or(0);
+        ok = learnt.last.has_value();
+        break;
+    }
+    // Stored only when the file did not change while it was read, and not so recently that a
+    // change within the same time-stamp tick could still follow unseen.
+    if (cached && ok && nanoseconds(st.st_ctim) <= nowNs() - cache->settleNs() && unchangedSince(fd.get(), st))
+        cache->store(key, learnt);
+    return bytesRead;
+}
+
+// Whether the block device holding `device` spins, from sysfs; a partition's answer is its disk's.
+bool isRotational(dev_t device) {
+    const QString node = QStringLiteral("/sys/dev/block/%1:%2").arg(major(device)).arg(minor(device));
+    QString folder = QFileInfo(node).canonicalFilePath();
+    for (int up = 0; up < 2 && !folder.isEmpty(); ++up) {
+        QFile file(folder + QStringLiteral("/queue/rotational"));
+        if (file.open(QIODevice::ReadOnly))
+            return file.readAll().trimmed() == "1";
+        folder = QFileInfo(folder).path();
+    }
+    return false;
 }
 
 } // namespace
 
-HashPool::HashPool(std::atomic<qint64>& finishedCounter, int threads)
-    : m_finished(finishedCounter) {
+quint64 HashPool::blockDigest(const char* data, qint64 length) {
+    const QByteArray digest = QCryptographicHash::hash(QByteArrayView(data, length), QCryptographicHash::Md5);
+    quint64 value;
+    std::memcpy(&value, digest.constData(), sizeof value);
+    return value;
+}
+
+HashPool::Options HashPool::optionsForTargets(const QList<QByteArray>& targets) {
+    std::set<dev_t> disks;
+    for (const QByteArray& target : targets) {
+        FileSystem::ItemInfo info;
+        if (!FileSystem::stat(target, info))
+            continue;
+        if (!isRotational(info.device))
+            return Options {};
+        disks.insert(info.device);
+    }
+    if (disks.empty())
+        return Options {};
+    Options options;
+    options.threads = static_cast<int>(disks.size());
+    options.diskOrder = true;
+    return options;
+}
+
+HashPool::HashPool(std::atomic<qint64>& finishedCounter, Options options)
+    : m_finished(finishedCounter)
+    , m_options(options) {
+    int threads = options.threads;
     if (threads <= 0)
         threads = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
     for (int i = 0; i < threads; ++i)
@@ -30,15 +284,28 @@ HashPool::~HashPool() {
         thread.join();
 }
 
+// Heap order: true when `a` is to be read after `b`.
+bool HashPool::before(const Queued& a, const Queued& b) const {
+    if (m_options.diskOrder) {
+        if (a.job.order != b.job.order)
+            return a.job.order > b.job.order;
+        return a.serial > b.serial;
+    }
+    return a.job.size < b.job.size;
+}
+
+void HashPool::push(Job&& job) {
+    m_queue.push_back({ std::move(job), m_serial++ });
+    std::push_heap(m_queue.begin(), m_queue.end(), [this](const Queued& a, const Queued& b) { return before(a, b); });
+}
+
 void HashPool::submit(std::vector<Job>&& jobs) {
     if (jobs.empty())
         return;
     {
         std::lock_guard lock(m_mutex);
-        for (Job& job : jobs) {
-            m_queue.push_back(std::move(job));
-            std::push_heap(m_queue.begin(), m_queue.end(), smaller);
-        }
+        for (Job& job : jobs)
+            push(std::move(job));
     }
     m_hasWork.notify_all();
 }
@@ -46,8 +313,7 @@ void HashPool::submit(std::vector<Job>&& jobs) {
 void HashPool::submit(Job&& job) {
     {
         std::lock_guard lock(m_mutex);
-        m_queue.push_back(std::move(job));
-        std::push_heap(m_queue.begin(), m_queue.end(), smaller);
+        push(std::move(job));
     }
     m_hasWork.notify_one();
 }
@@ -58,19 +324,24 @@ void HashPool::waitForAll() {
 }
 
 void HashPool::work() {
+    DigestCache::Reader reader(m_options.cache);
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_hasWork.wait(lock, [this] { return m_stopping || !m_queue.empty(); });
         if (m_queue.empty())
             return;
-        std::pop_heap(m_queue.begin(), m_queue.end(), smaller);
-        Job job = std::move(m_queue.back());
+        std::pop_heap(
+            m_queue.begin(), m_queue.end(), [this](const Queued& a, const Queued& b) { return before(a, b); });
+        Job job = std::move(m_queue.back().job);
         m_queue.pop_back();
         ++m_running;
         lock.unlock();
 
-        *job.slot = FileHash::scanFingerprint(job.path, job.size);
-        m_finished.fetch_add(1, std::memory_order_relaxed);
+        const qint64 bytes = readJob(job, m_options.cache, reader);
+        if (m_options.bytesRead)
+            m_options.bytesRead->fetch_add(bytes, std::memory_order_relaxed);
+        if (job.slot)
+            m_finished.fetch_add(1, std::memory_order_relaxed);
 
         lock.lock();
         --m_running;

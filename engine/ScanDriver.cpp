@@ -69,6 +69,7 @@ void ScanDriver::prepareForScannigDirectory() {
     m_state.hashDic.clear();
     m_state.duplicateMainArray.clear();
     m_state.totalCount = 0;
+    m_state.contentBytesRead = 0;
     m_state.totalDuplicateCount = 0;
     m_state.totalDuplicateCountTemp = 0;
     m_state.totalDuplicateCountFiles = 0;
@@ -111,6 +112,7 @@ void ScanDriver::PrepareForScan() {
     m_state.AllFileFolderDic.clear();
     m_state.DuplicateFileFolderArray.clear();
     m_state.totalCount = 0;
+    m_state.contentBytesRead = 0;
     m_state.totalDuplicateCountFolder = 0;
     m_state.totalDuplicateCountFiles = 0;
     m_state.totalDuplicateCountFolderTemp = 0;

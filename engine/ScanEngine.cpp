@@ -1,5 +1,6 @@
 #include "engine/ScanEngine.h"
 
+#include "base/DigestCache.h"
 #include "base/FileSystem.h"
 #include "base/Log.h"
 #include "base/PathBytes.h"
@@ -86,6 +87,22 @@ void ScanEngine::rebuildIgnoreSets() {
         = QSet<QByteArray>(m_state.settings.ignoreFolderList.cbegin(), m_state.settings.ignoreFolderList.cend());
 }
 
+std::unique_ptr<DigestCache> ScanEngine::openCache() const {
+    if (m_state.digestCacheFolder.isEmpty())
+        return nullptr;
+    std::unique_ptr<DigestCache> cache = DigestCache::open(m_state.digestCacheFolder);
+    if (cache && m_cacheSettleNs)
+        cache->setSettleNs(*m_cacheSettleNs);
+    return cache;
+}
+
+HashPool::Options ScanEngine::poolOptions(const QList<QByteArray>& targets, DigestCache* cache) {
+    HashPool::Options options = HashPool::optionsForTargets(targets);
+    options.cache = cache;
+    options.bytesRead = &m_state.contentBytesRead;
+    return options;
+}
+
 bool ScanEngine::isIgnoredType(const QByteArray& path) const {
     return m_ignoredTypes.contains(PathBytes::lowerExtension(path));
 }
@@ -121,7 +138,8 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& givenTargets, Flavor fla
     FolderTree tree;
     std::vector<TargetStep> steps(static_cast<size_t>(targets.size()));
     {
-        HashPool pool(totalCount);
+        const std::unique_ptr<DigestCache> cache = openCache();
+        HashPool pool(totalCount, poolOptions(targets, cache.get()));
         ContentPlanner planner(pool, totalCount, m_readEverything);
         const WalkRules rules { settings, m_ignoredTypes, m_ignoredFolders };
         TreeWalker walker(rules, tree, planner, totalCount);
@@ -219,7 +237,8 @@ void ScanEngine::walkFlat(const QList<QByteArray>& givenTargets, Flavor flavor) 
 
     std::vector<TargetStep> steps(static_cast<size_t>(targets.size()));
     {
-        HashPool pool(totalCount);
+        const std::unique_ptr<DigestCache> cache = openCache();
+        HashPool pool(totalCount, poolOptions(targets, cache.get()));
         ContentPlanner planner(pool, totalCount, m_readEverything);
         for (qsizetype i = 0; i < targets.size(); ++i) {
             TargetStep& step = steps[static_cast<size_t>(i)];
@@ -302,7 +321,8 @@ void ScanEngine::performScanningSelectorForPhoto(const QList<QByteArray>& target
 
     std::deque<TargetStep> steps; // addresses stay put while the pool writes into them
     {
-        HashPool pool(totalCount);
+        const std::unique_ptr<DigestCache> cache = openCache();
+        HashPool pool(totalCount, poolOptions(targets, cache.get()));
         ContentPlanner planner(pool, totalCount, m_readEverything);
         auto take = [&](const QByteArray& path, const FileSystem::ItemInfo& info) {
             steps.push_back(TargetStep { path, TargetStep::Record, false, -1, Fingerprint() });

@@ -1,12 +1,16 @@
 #pragma once
 
 #include "detect/Grouping.h"
+#include "engine/HashPool.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QSet>
 #include <QString>
+#include <memory>
+#include <optional>
 
+class DigestCache;
 struct ScanState;
 class ScanObserver;
 
@@ -48,6 +52,8 @@ public:
 
     // Reads every file even when nothing could match it (for checks of the planner's decisions).
     void setReadEverything(bool readEverything) { m_readEverything = readEverything; }
+    // How old a file's change time must be before its digests are cached (tests store at once).
+    void setCacheSettleNs(qint64 settleNs) { m_cacheSettleNs = settleNs; }
 
 private:
     enum class Flavor { FolderScan, ListScan };
@@ -55,10 +61,13 @@ private:
     void walkFlat(const QList<QByteArray>& targets, Flavor flavor);
     void rebuildIgnoreSets();
     bool isIgnoredType(const QByteArray& path) const;
+    std::unique_ptr<DigestCache> openCache() const;
+    HashPool::Options poolOptions(const QList<QByteArray>& targets, DigestCache* cache);
 
     ScanState& m_state;
     ScanObserver& m_observer;
     QSet<QString> m_ignoredTypes;
     QSet<QByteArray> m_ignoredFolders;
     bool m_readEverything = false;
+    std::optional<qint64> m_cacheSettleNs;
 };

@@ -17,6 +17,8 @@ struct ScanState {
     ScanSettings settings;
     // The targets of the last scan, as walked: a removal reaches every item again from these.
     QList<QByteArray> scanRoots;
+    // The folder of the digest cache kept across runs; empty for none.
+    QString digestCacheFolder;
 
     // Folder scan.
     FingerprintTable hashDic;
@@ -38,6 +40,7 @@ struct ScanState {
     std::atomic<quint64> scanGeneration { 0 };
 
     std::atomic<qint64> totalCount { 0 };
+    std::atomic<qint64> contentBytesRead { 0 }; // file content read for digests
     std::atomic<qint64> totalDuplicateCountFiles { 0 };
     std::atomic<quint64> totalDuplicateCountTemp { 0 };
     std::atomic<quint64> totalDuplicateCount { 0 };

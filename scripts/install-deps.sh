@@ -3,9 +3,9 @@
 # all present already. Usage: scripts/install-deps.sh run|test|bench
 set -euo pipefail
 
-build=(cmake g++ make ninja-build pkg-config qt6-base-dev qt6-pdf-dev libqt6svg6 qt6-image-formats-plugins
-       shared-mime-info fonts-dejavu-core adwaita-icon-theme hicolor-icon-theme xdg-utils dbus-daemon
-       dpkg-dev)
+build=(cmake g++ make ninja-build pkg-config qt6-base-dev libqt6sql6-sqlite libxxhash-dev qt6-pdf-dev libqt6svg6
+       qt6-image-formats-plugins shared-mime-info fonts-dejavu-core adwaita-icon-theme hicolor-icon-theme xdg-utils
+       dbus-daemon dpkg-dev)
 tests=(xvfb xauth xdotool imagemagick desktop-file-utils appstream groff-base bash-completion acl)
 bench=(jdupes rmlint hyperfine python3 time)
 

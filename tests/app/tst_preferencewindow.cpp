@@ -1,5 +1,6 @@
 #include "app/IgnoredFolderModel.h"
 #include "app/PreferenceWindow.h"
+#include "base/DigestCache.h"
 #include "base/PathBytes.h"
 #include "base/ScanSettings.h"
 #include "base/SettingsStore.h"
@@ -11,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPushButton>
 #include <QSlider>
 #include <QTabWidget>
 #include <QTableView>
@@ -312,6 +314,33 @@ private slots:
         QCOMPARE(w.Xposition, x);
         QCOMPARE(w.Yposition, y);
         QTRY_COMPARE(w.frameGeometry(), frame);
+    }
+
+    void cacheSizeAndClearing() {
+        Fixture f;
+        PreferenceWindow& w = *f.window;
+        QTemporaryDir folder;
+        w.cacheFolder = folder.path();
+        w.refreshCacheSize();
+        QCOMPARE(w.cacheSizeText->text(), QStringLiteral("Digests of earlier scans take 0 bytes."));
+        QVERIFY(!w.clearCacheButton->isEnabled());
+
+        QFile file(DigestCache::fileIn(folder.path()));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(4000, 'x'));
+        file.close();
+        QFile journal(DigestCache::fileIn(folder.path()) + QStringLiteral("-wal"));
+        QVERIFY(journal.open(QIODevice::WriteOnly));
+        journal.write(QByteArray(1000, 'x'));
+        journal.close();
+        w.show();
+        QCOMPARE(w.cacheSizeText->text(), QStringLiteral("Digests of earlier scans take 5 KB."));
+        QVERIFY(w.clearCacheButton->isEnabled());
+        w.clearCacheButton->click();
+        QVERIFY(!file.exists());
+        QVERIFY(!journal.exists());
+        QCOMPARE(w.cacheSizeText->text(), QStringLiteral("Digests of earlier scans take 0 bytes."));
+        QVERIFY(!w.clearCacheButton->isEnabled());
     }
 
     void aboutTabAndLinks() {

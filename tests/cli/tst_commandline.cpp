@@ -138,6 +138,24 @@ private slots:
         QCOMPARE(store.stringList(QStringLiteral("ignoreFileTypeList")).size(), 29);
     }
 
+    void digestCacheIsKeptUnlessRefused() {
+        TempEnvironment environment;
+        TempTree tree;
+        tree.sizedFile("a.bin", 10000, 'a');
+        tree.sizedFile("b.bin", 10000, 'a');
+        tree.sizedFile("c.bin", 10000, 'c');
+        const QByteArray cacheFile = environment.cacheHome() + "/twinsift/digests.sqlite";
+        const QList<QByteArray> refused { "scan", "--min-size", "0", "--no-progress", "--no-cache", tree.root() };
+        const Run plain = twinsift(refused);
+        QVERIFY(!exists(cacheFile));
+        const Run first = twinsift({ "scan", "--min-size", "0", "--no-progress", tree.root() });
+        QVERIFY(exists(cacheFile));
+        const Run second = twinsift({ "scan", "--min-size", "0", "--no-progress", tree.root() });
+        QCOMPARE(first.out, plain.out);
+        QCOMPARE(second.out, plain.out);
+        QCOMPARE(fileLines(plain.out).size(), 2);
+    }
+
     void removalPlanChangesNothing() {
         TempEnvironment environment;
         TempTree tree;

@@ -27,6 +27,7 @@ public:
     void scan(const QList<QByteArray>& targets) {
         ScanEngine engine(state, *this);
         engine.setReadEverything(readEverything);
+        engine.setCacheSettleNs(0); // files made by the test are cached at once
         if (state.settings.checkSubDir == QLatin1String("n"))
             engine.scannigWithoutCheckingSubDirectory(targets);
         else

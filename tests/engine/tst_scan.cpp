@@ -1,4 +1,6 @@
+#include "base/DigestCache.h"
 #include "base/FileSystem.h"
+#include "base/Log.h"
 #include "base/PathBytes.h"
 #include "detect/FileHash.h"
 #include "detect/FolderNode.h"
@@ -11,10 +13,12 @@
 
 #include <QRegularExpression>
 #include <QtTest>
+#include <fcntl.h>
 #include <functional>
 #include <random>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -251,8 +255,14 @@ private slots:
         TempTree tree;
         tree.sizedFile("lone/unique.bin", 300000, 'u');
         tree.sizedFile("lone/small.txt", 10, 's');
+        // Same length: told apart by the first block, by the last, or only by reading them whole.
         tree.sizedFile("pair/a.bin", 200000, 'a');
-        tree.sizedFile("pair/b.bin", 200000, 'b'); // same length, other content: both are read
+        tree.sizedFile("pair/b.bin", 200000, 'b');
+        QByteArray middle(150000, 'm');
+        tree.file("ends/a.bin", middle + QByteArray(50000, 'a'));
+        tree.file("ends/b.bin", middle + QByteArray(50000, 'b'));
+        middle[75000] = 'x';
+        tree.file("ends/c.bin", middle + QByteArray(50000, 'b'));
         // Thirty small files each: not candidates themselves, but the folders share a shape and are
         // large enough to be reported.
         for (int i = 0; i < 30; ++i) {
@@ -265,7 +275,11 @@ private slots:
         scan.state.settings.nub = 100000;
         scan.scan({ tree.root() });
         QVERIFY(scan.table.value(tree.path("lone/unique.bin")).startsWith("unread"));
-        QCOMPARE(scan.table.value(tree.path("pair/a.bin")), md5Of(QByteArray(200000, 'a')));
+        QVERIFY(scan.table.value(tree.path("pair/a.bin")).startsWith("unread"));
+        QVERIFY(scan.table.value(tree.path("ends/a.bin")).startsWith("unread"));
+        // Read whole, though not with MD5: no folder takes in their digests.
+        QVERIFY(!scan.table.value(tree.path("ends/c.bin")).startsWith("unread"));
+        QVERIFY(scan.table.value(tree.path("ends/c.bin")) != scan.table.value(tree.path("ends/b.bin")));
         QVERIFY(scan.table.value(tree.path("lone")).startsWith("unread"));
         // Folders of the same shape need their fingerprints, and so their files' digests.
         QVERIFY(!scan.table.value(tree.path("twin1")).startsWith("unread"));
@@ -287,8 +301,16 @@ private slots:
         QFETCH(qint64, nub);
         TempTree tree;
         std::mt19937 random(static_cast<unsigned>(seed));
-        const QList<QByteArray> contents { "a", "bb", "alpha", QByteArray(9000, 'x'), QByteArray(9000, 'y'),
-            QByteArray(20000, 'z'), "", "plist?" };
+        // Same lengths that differ in the first block, only in the last, or only in the middle.
+        QByteArray late(9000, 'x');
+        late[8999] = 'l';
+        QByteArray head(70000, 'h');
+        QByteArray tail = head;
+        tail[69999] = 't';
+        QByteArray middle = head;
+        middle[35000] = 'm';
+        const QList<QByteArray> contents { "a", "bb", "alpha", QByteArray(9000, 'x'), QByteArray(9000, 'y'), late,
+            QByteArray(20000, 'z'), "", "plist?", head, tail, middle };
         auto pick = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
         QList<QByteArray> folders { "" };
         for (int i = 0; i < 40; ++i) {
@@ -330,6 +352,119 @@ private slots:
         QCOMPARE(planned.groups(), all.groups());
         QCOMPARE(planned.state.totalCount.load(), all.state.totalCount.load());
         QCOMPARE(planned.state.wastedSpaceDuplicates.load(), all.state.wastedSpaceDuplicates.load());
+
+        // The same through the digest cache: filling it, then answered from it.
+        QTemporaryDir cache;
+        for (int run = 0; run < 2; ++run) {
+            ScanHarness cached;
+            cached.readEverything = false;
+            cached.state.digestCacheFolder = cache.path();
+            cached.state.settings.nub = nub;
+            cached.scan({ tree.root() });
+            QCOMPARE(cached.groups(), all.groups());
+            QCOMPARE(cached.state.totalCount.load(), all.state.totalCount.load());
+            if (run == 1)
+                QVERIFY(cached.state.contentBytesRead.load() < planned.state.contentBytesRead.load());
+        }
+    }
+
+    // A rescan through the cache reads only what changed, and groups as a full read does, whatever
+    // happened to the files or to the cache in between.
+    void digestCacheNeverChangesTheGroups_data() {
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<bool>("reads"); // the second scan reads content
+        QTest::addColumn<bool>("logged"); // the cache was refused with one log line
+        QTest::newRow("nothing") << "nothing" << false << false;
+        QTest::newRow("folder renamed") << "rename" << false << false;
+        QTest::newRow("size") << "size" << true << false;
+        QTest::newRow("modification time") << "time" << true << false;
+        QTest::newRow("content, size and time restored") << "content" << true << false;
+        QTest::newRow("corrupt cache file") << "corrupt" << true << true;
+        QTest::newRow("cache folder is a file") << "blocked" << true << true;
+        QTest::newRow("read-only cache folder") << "readonly" << true << true;
+    }
+    void digestCacheNeverChangesTheGroups() {
+        QFETCH(QString, change);
+        QFETCH(bool, reads);
+        QFETCH(bool, logged);
+        if (change == QLatin1String("readonly") && ::geteuid() == 0)
+            QSKIP("root writes into read-only folders; run this row as another user");
+        TempTree tree;
+        // Pairs told apart only by whole reads (same first and last blocks) and one real pair.
+        QByteArray base(50000, 'c');
+        const QByteArray a = tree.file("one/a.bin", base);
+        tree.file("two/b.bin", base);
+        base[20000] = 'd';
+        tree.file("three/c.bin", base);
+        QTemporaryDir cacheHome;
+        const QString folder = cacheHome.path() + QStringLiteral("/twinsift");
+
+        auto scan = [&](const QString& cacheFolder) {
+            auto harness = std::make_unique<ScanHarness>();
+            harness->readEverything = cacheFolder.isNull();
+            harness->state.digestCacheFolder = cacheFolder;
+            harness->scan({ tree.root() });
+            return harness;
+        };
+        QCOMPARE(scan(folder)->groups().size(), 1);
+
+        FileSystem::ItemInfo before;
+        FileSystem::stat(a, before);
+        auto changedSince = [&](const QByteArray& path) {
+            struct stat st;
+            ::stat(path.constData(), &st);
+            return st.st_ctim.tv_sec * 1000000000ll + st.st_ctim.tv_nsec;
+        };
+        const qint64 ctime = changedSince(a);
+        if (change == QLatin1String("rename")) {
+            // Renaming a file stamps its change time, renaming its folder does not: the entry
+            // follows the file to its new path.
+            QVERIFY(::rename(tree.path("one").constData(), tree.path("uno").constData()) == 0);
+        } else if (change == QLatin1String("size")) {
+            tree.file("one/a.bin", base + "more");
+            tree.file("two/b.bin", base + "more");
+        } else if (change == QLatin1String("time")) {
+            const struct timespec times[2] = { { 0, UTIME_OMIT }, { 1000000000, 0 } };
+            QVERIFY(::utimensat(AT_FDCWD, a.constData(), times, 0) == 0);
+        } else if (change == QLatin1String("content")) {
+            QFile file(QString::fromUtf8(a));
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            file.seek(20000);
+            file.write("d");
+            file.close();
+            const struct timespec times[2]
+                = { { 0, UTIME_OMIT }, { before.modifiedNs / 1000000000, before.modifiedNs % 1000000000 } };
+            // The change time moves on with each change, once the clock's tick has passed.
+            do
+                QVERIFY(::utimensat(AT_FDCWD, a.constData(), times, 0) == 0);
+            while (changedSince(a) == ctime);
+        } else if (change == QLatin1String("corrupt")) {
+            QFile::remove(DigestCache::fileIn(folder) + QStringLiteral("-wal"));
+            QFile::remove(DigestCache::fileIn(folder) + QStringLiteral("-shm"));
+            QFile file(DigestCache::fileIn(folder));
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write(QByteArray(8192, 'j'));
+        } else if (change == QLatin1String("blocked")) {
+            QDir(folder).removeRecursively();
+            QFile file(folder);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        } else if (change == QLatin1String("readonly")) {
+            DigestCache::clear(folder);
+            QVERIFY(::chmod(QFile::encodeName(folder).constData(), 0555) == 0);
+        }
+
+        QStringList lines;
+        Log::setSink([&](const QString& line) {
+            if (line.contains(QLatin1String("digest cache")))
+                lines.append(line);
+        });
+        const auto rescan = scan(folder);
+        Log::setSink({});
+        QCOMPARE(rescan->groups(), scan(QString())->groups());
+        QCOMPARE(rescan->state.contentBytesRead.load() > 0, reads);
+        QCOMPARE(lines.size(), logged ? 1 : 0);
+        if (change == QLatin1String("readonly"))
+            ::chmod(QFile::encodeName(folder).constData(), 0755);
     }
 
     // One folder reached through two paths is walked once: nothing in it is its own duplicate, and

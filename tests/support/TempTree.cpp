@@ -149,9 +149,11 @@ QByteArray TempTree::read(const QByteArray& relative) const {
 
 TempEnvironment::TempEnvironment()
     : m_oldConfig(qgetenv("XDG_CONFIG_HOME"))
-    , m_oldData(qgetenv("XDG_DATA_HOME")) {
+    , m_oldData(qgetenv("XDG_DATA_HOME"))
+    , m_oldCache(qgetenv("XDG_CACHE_HOME")) {
     qputenv("XDG_CONFIG_HOME", m_config.path().toUtf8());
     qputenv("XDG_DATA_HOME", m_data.path().toUtf8());
+    qputenv("XDG_CACHE_HOME", m_cache.path().toUtf8());
 }
 
 TempEnvironment::~TempEnvironment() {
@@ -171,4 +173,8 @@ TempEnvironment::~TempEnvironment() {
         qunsetenv("XDG_DATA_HOME");
     else
         qputenv("XDG_DATA_HOME", m_oldData);
+    if (m_oldCache.isNull())
+        qunsetenv("XDG_CACHE_HOME");
+    else
+        qputenv("XDG_CACHE_HOME", m_oldCache);
 }

@@ -38,17 +38,20 @@ private:
     QByteArray m_root;
 };
 
-// Points XDG_CONFIG_HOME and XDG_DATA_HOME at fresh temporary folders while it lives.
+// Points XDG_CONFIG_HOME, XDG_DATA_HOME and XDG_CACHE_HOME at fresh temporary folders while it lives.
 class TempEnvironment {
 public:
     TempEnvironment();
     ~TempEnvironment();
     QByteArray configHome() const { return m_config.path().toUtf8(); }
     QByteArray dataHome() const { return m_data.path().toUtf8(); }
+    QByteArray cacheHome() const { return m_cache.path().toUtf8(); }
 
 private:
     QTemporaryDir m_config;
     QTemporaryDir m_data;
+    QTemporaryDir m_cache;
     QByteArray m_oldConfig;
     QByteArray m_oldData;
+    QByteArray m_oldCache;
 };
