@@ -172,7 +172,17 @@ int main(int argc, char* argv[]) {
     results->sameList()->setCurrentIndex(results->fileModel()->index(1));
     shoot(app, out + QStringLiteral("/results.png"));
 
-    // The review sheet, then the completion panel over it.
+    // The review sheet, with every copy of one group chosen so that it shows the one left alone,
+    // then the completion panel over it.
+    for (const DuplicateGroupPtr& group : app.state().duplicateMainArray) {
+        if (group->listAll().size() != 3)
+            continue;
+        for (const DuplicateFilePtr& member : group->listAll()) {
+            if (!app.selection().duplicateSelectedArray.contains(member))
+                app.selection().duplicateSelectedArray.append(member);
+        }
+        break;
+    }
     app.nextButtonAction_toolbar();
     DeletingPanel* review = app.deleteingWindow();
     shootSheet(app, *review, out + QStringLiteral("/review.png"));
