@@ -28,16 +28,23 @@ FileKey keyOf(const duplicateFile& file) {
 // the folders around an item and the items inside a folder) and by file (device and inode).
 class ActiveChoice {
 public:
+    // Without folders anywhere in the result, no item lies in another and the path look-ups are
+    // skipped: a choice of files alone costs a few hash look-ups per member.
+    explicit ActiveChoice(bool withFolders)
+        : m_withFolders(withFolders) { }
+
     void add(const duplicateFile* file) {
         m_records.insert(file);
-        m_byPath.emplace(file->urlFile(), file);
+        if (m_withFolders)
+            m_byPath.emplace(file->urlFile(), file);
         if (file->identity().known)
             m_byFile.emplace(keyOf(*file), file);
     }
 
     void remove(const duplicateFile* file) {
         m_records.erase(file);
-        eraseFrom(m_byPath, m_byPath.equal_range(file->urlFile()), file);
+        if (m_withFolders)
+            eraseFrom(m_byPath, m_byPath.equal_range(file->urlFile()), file);
         if (file->identity().known)
             eraseFrom(m_byFile, m_byFile.equal_range(keyOf(*file)), file);
     }
@@ -47,6 +54,8 @@ public:
     // The chosen folders `path` lies in, innermost first.
     std::vector<const duplicateFile*> foldersAround(const QByteArray& path) const {
         std::vector<const duplicateFile*> found;
+        if (!m_withFolders)
+            return found;
         for (qsizetype slash = path.lastIndexOf('/'); slash > 0; slash = path.lastIndexOf('/', slash - 1)) {
             const auto [first, last] = m_byPath.equal_range(path.left(slash));
             for (auto it = first; it != last; ++it) {
@@ -89,6 +98,7 @@ private:
         }
     }
 
+    bool m_withFolders;
     std::unordered_set<const duplicateFile*> m_records;
     std::multimap<QByteArray, const duplicateFile*> m_byPath;
     std::unordered_multimap<FileKey, const duplicateFile*, FileKeyHash> m_byFile;
@@ -121,9 +131,13 @@ RemovalPlan::RemovalPlan(const QList<DuplicateFilePtr>& chosen, const QList<Dupl
         }
     }
 
+    const bool withFolders = std::any_of(groups.cbegin(), groups.cend(), [](const DuplicateGroupPtr& group) {
+        return std::any_of(group->listAll().cbegin(), group->listAll().cend(),
+            [](const DuplicateFilePtr& member) { return member->identity().folder; });
+    });
     std::vector<Item> candidates;
     std::unordered_map<const duplicateFile*, size_t> indexOf;
-    ActiveChoice active;
+    ActiveChoice active(withFolders);
     for (const DuplicateFilePtr& file : chosen) {
         if (indexOf.count(file.get()))
             continue;
