@@ -1,6 +1,7 @@
 #include "base/SettingsStore.h"
 #include "cli/CommandLine.h"
 #include "cli/ResultWriter.h"
+#include "removal/DiskFixture.h"
 #include "support/TempTree.h"
 
 #include <sys/stat.h>
@@ -357,23 +358,9 @@ private slots:
         QFETCH(QByteArray, keep);
         TempEnvironment environment;
         TempTree tree;
-        QByteArray f3(50000, Qt::Uninitialized);
-        QByteArray g(30000, Qt::Uninitialized);
-        for (char& c : f3)
-            c = static_cast<char>(QRandomGenerator::global()->generate());
-        for (char& c : g)
-            c = static_cast<char>(QRandomGenerator::global()->generate());
-        tree.folder("t/A/screens");
-        QThread::msleep(20);
-        tree.folder("t/B/screens");
-        tree.file("t/A/only-a.txt", "a\n");
-        tree.file("t/f3.jpg", f3);
-        QThread::msleep(20);
-        tree.file("t/B/screens/f3.jpg", f3);
-        QThread::msleep(20);
-        tree.file("t/A/screens/f3.jpg", f3);
-        tree.file("t/A/screens/g.jpg", g);
-        tree.file("t/B/screens/g.jpg", g);
+        const NestedCopies copies(tree);
+        const QByteArray& f3 = copies.f3;
+        const QByteArray& g = copies.g;
         const QList<QByteArray> common
             = { "scan", "--min-size", "0", "--no-progress", "--keep", keep, "--action", action, "--format", "json" };
 

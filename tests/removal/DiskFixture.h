@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 #include <QMap>
+#include <QRandomGenerator>
+#include <QThread>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/mount.h>
@@ -75,3 +77,33 @@ inline QMap<QByteArray, QByteArray> snapshot(const QByteArray& root) {
     snapshotInto(root, QByteArray(), out);
     return out;
 }
+
+inline QByteArray randomBytes(int size) {
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (char& c : bytes)
+        c = static_cast<char>(QRandomGenerator::global()->generate());
+    return bytes;
+}
+
+// A copy directly in "t" of a file that also lies in two folders that are copies of each other, made
+// in an order that groups the file before the folders: t/f3.jpg, t/B/screens/f3.jpg and
+// t/A/screens/f3.jpg (oldest to newest) with `f3`, both screens folders holding g.jpg with `g`, and
+// t/A/only-a.txt holding "a\n".
+struct NestedCopies {
+    QByteArray f3 = randomBytes(50000);
+    QByteArray g = randomBytes(30000);
+
+    explicit NestedCopies(TempTree& tree) {
+        tree.folder("t/A/screens");
+        QThread::msleep(20);
+        tree.folder("t/B/screens");
+        tree.file("t/A/only-a.txt", "a\n");
+        tree.file("t/f3.jpg", f3);
+        QThread::msleep(20);
+        tree.file("t/B/screens/f3.jpg", f3);
+        QThread::msleep(20);
+        tree.file("t/A/screens/f3.jpg", f3);
+        tree.file("t/A/screens/g.jpg", g);
+        tree.file("t/B/screens/g.jpg", g);
+    }
+};

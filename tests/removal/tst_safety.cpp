@@ -71,13 +71,6 @@ ino_t inodeOf(const QByteArray& path) {
     return ::lstat(path.constData(), &st) == 0 ? st.st_ino : 0;
 }
 
-QByteArray randomBytes(int size) {
-    QByteArray bytes(size, Qt::Uninitialized);
-    for (char& c : bytes)
-        c = static_cast<char>(QRandomGenerator::global()->generate());
-    return bytes;
-}
-
 // A bind mount for one test (root only); `ok` is false where it is not allowed.
 class BindMount {
 public:
@@ -123,19 +116,7 @@ private slots:
         QFETCH(bool, keepNewest);
         TempEnvironment environment;
         TempTree tree;
-        const QByteArray f3 = randomBytes(50000);
-        const QByteArray g = randomBytes(30000);
-        tree.folder("t/A/screens");
-        QThread::msleep(20);
-        tree.folder("t/B/screens");
-        tree.file("t/A/only-a.txt", "a\n");
-        tree.file("t/f3.jpg", f3);
-        QThread::msleep(20);
-        tree.file("t/B/screens/f3.jpg", f3);
-        QThread::msleep(20);
-        tree.file("t/A/screens/f3.jpg", f3);
-        tree.file("t/A/screens/g.jpg", g);
-        tree.file("t/B/screens/g.jpg", g);
+        const NestedCopies copies(tree);
 
         ScanHarness scan;
         scan.scan({ tree.path("t") });
