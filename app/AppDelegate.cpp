@@ -102,6 +102,23 @@ void AppDelegate::onInterfaceThread(std::function<void()> work, bool wait) {
     QMetaObject::invokeMethod(this, std::move(work), wait ? Qt::BlockingQueuedConnection : Qt::QueuedConnection);
 }
 
+// Quitting
+
+bool AppDelegate::mayQuit() {
+    DeletingPanel* removal = m_deleteingWindow.get();
+    if (!removal || !removal->isRemoving())
+        return true;
+    Prompter::Alert alert;
+    alert.messageText = QStringLiteral("A removal is in progress.");
+    alert.informativeText = QStringLiteral(
+        "Quit after the item in hand? The items not reached yet stay as they are.");
+    alert.buttons = { QStringLiteral("Quit"), QStringLiteral("Continue") };
+    if (m_prompter.runAlert(alert).response != Prompter::FirstButton)
+        return false;
+    removal->stopRemoval();
+    return true;
+}
+
 // Start-up
 
 void AppDelegate::applicationWillFinishLaunching() {
@@ -113,6 +130,7 @@ void AppDelegate::applicationWillFinishLaunching() {
     m_window->addScreen(m_resultViewObj);
     buildOlderViews();
     AppMenus::build(*m_window, *this);
+    m_window->mayClose = [this] { return mayQuit(); };
 
     // Every change of the selection moves the toolbar between states 5 and 6.
     connect(

@@ -188,6 +188,9 @@ public:
     // panel.
     QList<FileDictionary>& SelectedFileFolderArray() { return m_listSelection.SelectedFileFolderArray; }
     DeletingPanel* deleteingWindow() const { return m_deleteingWindow.get(); }
+    // Before the program quits: during a removal, asks whether to stop it after the item in hand
+    // and, if so, waits for that item. False keeps the program running.
+    bool mayQuit();
     SettingsStore& settingsStore() { return m_settingsStore; }
     Prompter& prompter() { return m_prompter; }
     DesktopNotifier& notifier() { return *m_notifier; }

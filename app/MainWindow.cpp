@@ -150,6 +150,10 @@ void MainWindow::toggleFullScreen() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    if (mayClose && !mayClose()) {
+        event->ignore();
+        return;
+    }
     event->accept();
     emit closed();
 }

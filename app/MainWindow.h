@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <functional>
 
 class MainToolbar;
 class QPropertyAnimation;
@@ -39,6 +40,9 @@ public:
     void showScreen(QWidget* screen, const ScreenFrame& frame, bool toolbarShown, int fadeMs);
     bool isFullScreenAllowed() const { return m_fullScreenAllowed; }
     void toggleFullScreen();
+
+    // Asked before the window closes (and the program quits); false keeps it open.
+    std::function<bool()> mayClose;
 
 signals:
     void closed();

@@ -5,13 +5,13 @@
 #include "engine/ScanState.h"
 #include "removal/RemovalListModel.h"
 #include "removal/RemovalRowDelegate.h"
-#include "removal/RemovalRun.h"
+#include "removal/RemovalWorker.h"
 #include "removal/congoPanel.h"
 #include "review/Selection.h"
 #include "review/StatusTexts.h"
 
 #include <QDesktopServices>
-#include <QElapsedTimer>
+#include "base/PathBytes.h"
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -49,6 +49,7 @@ DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists
     , m_tableDeletefileList(new QListView)
     , m_heading(new QLabel(QStringLiteral("Files chosen for removal")))
     , m_status(new QLabel)
+    , m_current(new QLabel)
     , m_progress(new StripedProgressBar)
     , m_back(new QPushButton(QStringLiteral("Cancel")))
     , m_tDelete(new QPushButton(QStringLiteral("Remove Selected"))) {
@@ -125,12 +126,19 @@ DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists
     column->addSpacing(8);
     column->addLayout(buttons);
 
-    m_stepTimer.setInterval(0);
-    connect(&m_stepTimer, &QTimer::timeout, this, &DeletingPanel::runSomeFiles);
+    m_current->setStyleSheet(QStringLiteral("color: #6b727b;"));
+    m_current->hide();
+    column->insertWidget(2, m_current);
+    m_progressTimer.setInterval(progressIntervalMs);
+    connect(&m_progressTimer, &QTimer::timeout, this, &DeletingPanel::updateStatus);
     loadAllData();
 }
 
-DeletingPanel::~DeletingPanel() = default;
+DeletingPanel::~DeletingPanel() {
+    // The item in hand is finished; nothing after it is started.
+    if (m_worker)
+        m_worker->cancel();
+}
 
 void DeletingPanel::loadAllData() {
     m_review.updatePlan();
@@ -140,11 +148,17 @@ void DeletingPanel::loadAllData() {
 }
 
 void DeletingPanel::updateStatus() {
-    if (m_run) {
-        m_status->setText(QStringLiteral("%1 of %2")
-                              .arg(StatusTexts::decimalNumber(static_cast<qint64>(m_run->done())),
-                                  StatusTexts::decimalNumber(static_cast<qint64>(m_run->total()))));
-        m_progress->setValue(m_run->total() ? double(m_run->done()) / double(m_run->total()) : 1.0);
+    if (m_worker) {
+        const qsizetype done = m_worker->done();
+        const qsizetype total = m_worker->total();
+        m_status->setText(m_worker->isCancelled() ? QStringLiteral("Stopping after the item in hand…")
+                                                  : QStringLiteral("%1 of %2").arg(
+                                                      StatusTexts::decimalNumber(static_cast<qint64>(done)),
+                                                      StatusTexts::decimalNumber(static_cast<qint64>(total))));
+        m_progress->setValue(total ? double(done) / double(total) : 0.0);
+        const QFontMetrics metrics(m_current->font());
+        m_current->setText(metrics.elidedText(
+            PathBytes::display(m_worker->currentPath()), Qt::ElideMiddle, std::max(100, m_current->width())));
         return;
     }
     const qsizetype rows = m_review.numberOfRows();
@@ -159,7 +173,7 @@ void DeletingPanel::updateStatus() {
 }
 
 void DeletingPanel::removefromlist(int row) {
-    if (m_run)
+    if (m_worker)
         return;
     const std::optional<RemovalReview::CloseDecision> decision = m_review.removefromlist(row);
     m_model->reload();
@@ -169,30 +183,40 @@ void DeletingPanel::removefromlist(int row) {
 }
 
 void DeletingPanel::removeSelectedFiles() {
-    if (m_run || m_review.numberOfRows() == 0)
+    if (m_worker || m_review.numberOfRows() == 0)
         return;
     const std::optional<RemovalActions::Action> action = m_review.askConfirmation(m_prompter);
     if (!action)
         return;
-    m_run = std::make_unique<RemovalRun>(
+    m_worker = std::make_unique<RemovalWorker>(
         *action, m_selection.duplicateSelectedArray, m_state.duplicateMainArray, m_state.scanRoots);
+    connect(m_worker.get(), &RemovalWorker::finished, this, &DeletingPanel::removalFinished);
     setRemoving(true);
+    m_worker->start();
+    m_progressTimer.start();
     updateStatus();
-    m_stepTimer.start();
 }
 
-void DeletingPanel::runSomeFiles() {
-    QElapsedTimer clock;
-    clock.start();
-    for (int i = 0; i < filesPerStep && !m_run->atEnd() && clock.elapsed() < stepBudgetMs; ++i)
-        m_run->step();
-    updateStatus();
-    if (!m_run->atEnd())
+void DeletingPanel::cancelRemoval() {
+    if (!m_worker)
         return;
-    m_stepTimer.stop();
-    m_review.lastOutcomes = m_run->outcomes();
-    m_run.reset();
+    m_worker->cancel();
+    updateStatus();
+}
+
+bool DeletingPanel::stopRemoval(int timeoutMs) {
+    if (!m_worker)
+        return true;
+    m_worker->cancel();
+    return m_worker->wait(timeoutMs);
+}
+
+void DeletingPanel::removalFinished() {
+    m_progressTimer.stop();
+    m_review.lastOutcomes = m_worker->outcomes();
+    m_worker.reset();
     setRemoving(false);
+    // The groups and totals are brought up to date once, for the whole run.
     const RemovalReview::CloseDecision decision = m_review.refreshAndReload();
     m_model->reload();
     updateStatus();
@@ -200,8 +224,9 @@ void DeletingPanel::runSomeFiles() {
 }
 
 void DeletingPanel::setRemoving(bool removing) {
-    m_back->setEnabled(!removing);
+    // "Cancel" stays: during a removal it stops the run after the item in hand.
     m_tDelete->setEnabled(!removing);
+    m_current->setVisible(removing);
     m_tableDeletefileList->setEnabled(!removing);
     m_progress->setVisible(removing);
     m_progress->setValue(0.0);
@@ -213,8 +238,10 @@ void DeletingPanel::setRemoving(bool removing) {
 }
 
 void DeletingPanel::closewindow() {
-    if (m_run)
+    if (m_worker) {
+        cancelRemoval();
         return;
+    }
     finish(m_review.closewindow());
 }
 
@@ -224,7 +251,8 @@ void DeletingPanel::finish(const RemovalReview::CloseDecision& decision) {
 }
 
 void DeletingPanel::reject() {
-    // Escape and the window's close button act as "Cancel"; nothing stops a removal half-way.
+    // Escape and the window's close button act as "Cancel": during a removal they stop it after
+    // the item in hand, and the sheet closes when the run has ended.
     closewindow();
 }
 

@@ -16,14 +16,14 @@ class QListView;
 class QPushButton;
 class RemovalListModel;
 class RemovalRowDelegate;
-class RemovalRun;
+class RemovalWorker;
 class StripedProgressBar;
 
 // The removal review: a sheet over the main window listing the chosen files (the selection), each
 // with a button that drops it from the list, and "Cancel" / "Remove Selected". "Remove Selected"
-// asks for one confirmation that also chooses the action, carries it out file after file (a few
-// files per turn of the event loop, with progress in the sheet, so the window stays alive), brings
-// the groups and totals up to date and closes. Only the listed files are ever touched.
+// asks for one confirmation that also chooses the action, carries it out on a thread of its own
+// (with "n of N" and the item in hand in the sheet; "Cancel" stops it after that item), brings the
+// groups and totals up to date once and closes. Only the listed files are ever touched.
 //
 // The sheet ends with the return code -1000; then closed() tells the controller which screen to
 // show. One panel is made and kept; later openings only reload the list (loadAllData).
@@ -33,9 +33,8 @@ class DeletingPanel : public QDialog {
 public:
     static constexpr int tableTag = 20;
     static constexpr int returnCode = -1000;
-    // Files handled in one turn of the event loop at most, and the time one turn may take.
-    static constexpr int filesPerStep = 64;
-    static constexpr int stepBudgetMs = 30;
+    // How often the sheet shows the removal's progress.
+    static constexpr int progressIntervalMs = 100;
 
     DeletingPanel(ScanState& state, Selection& selection, ResultLists& lists,
         QList<FileDictionary>& SelectedFileFolderArray, Prompter& prompter, QWidget* parent = nullptr);
@@ -50,7 +49,8 @@ public:
     StripedProgressBar* progressBar() const { return m_progress; }
     QLabel* statusText() const { return m_status; }
     congoPanel* CongoPanelObj() const { return m_CongoPanelObj; }
-    bool isRemoving() const { return m_run != nullptr; }
+    bool isRemoving() const { return m_worker != nullptr; }
+    QLabel* currentItemText() const { return m_current; }
 
     // Opens the URLs of the completion panel's share menu.
     std::function<bool(const QUrl&)> openUrl;
@@ -60,8 +60,13 @@ public:
     void removefromlist(int row);
     // "Remove Selected": the confirmation, then the chosen action over every listed file.
     void removeSelectedFiles();
-    // "Cancel", and the end of a removal: ends the sheet and hands the decision on.
+    // "Cancel": ends the sheet and hands the decision on; during a removal it stops the removal
+    // after the item in hand instead, and the sheet ends when the removal has.
     void closewindow();
+    void cancelRemoval();
+    // For quitting: stops a removal after the item in hand and waits for it; false when
+    // `timeoutMs` passed first.
+    bool stopRemoval(int timeoutMs = -1);
     // Opens the completion panel as a sheet over this one (nothing in the removal flow does).
     void congoPanelOpen();
     // Empties the older selection, ends the completion panel and, 0.2 s later, asks the controller
@@ -81,7 +86,7 @@ protected:
 
 private:
     void finish(const RemovalReview::CloseDecision& decision);
-    void runSomeFiles();
+    void removalFinished();
     void updateStatus();
     void setRemoving(bool removing);
 
@@ -90,14 +95,15 @@ private:
     ScanState& m_state;
     QList<FileDictionary>& m_SelectedFileFolderArray;
     Prompter& m_prompter;
-    std::unique_ptr<RemovalRun> m_run;
-    QTimer m_stepTimer;
+    std::unique_ptr<RemovalWorker> m_worker;
+    QTimer m_progressTimer;
 
     RemovalListModel* m_model;
     RemovalRowDelegate* m_rowDelegate;
     QListView* m_tableDeletefileList;
     QLabel* m_heading;
     QLabel* m_status;
+    QLabel* m_current;
     StripedProgressBar* m_progress;
     QPushButton* m_back;
     QPushButton* m_tDelete;

@@ -3,7 +3,10 @@
 #include "base/FileSystem.h"
 #include "base/PathBytes.h"
 
+#include <QMutex>
 #include <cerrno>
+#include <string>
+#include <unordered_map>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,6 +28,20 @@ int makePath(const QByteArray& path) {
     if (::mkdir(path.constData(), 0700) != 0 && errno != EEXIST)
         return errno;
     return 0;
+}
+
+QMutex counterMutex;
+std::unordered_map<std::string, int> nextNumbers;
+
+int firstNumberFor(const QByteArray& key) {
+    QMutexLocker lock(&counterMutex);
+    const auto found = nextNumbers.find(key.toStdString());
+    return found == nextNumbers.end() ? 1 : found->second;
+}
+
+void rememberNumber(const QByteArray& key, int next) {
+    QMutexLocker lock(&counterMutex);
+    nextNumbers[key.toStdString()] = next;
 }
 
 // The folder `name` in the open folder `parentFd`, made with mode 0700 when missing, never reached
@@ -151,14 +168,20 @@ Result moveToTrashAt(int dirFd, const QByteArray& leaf, const QByteArray& path, 
 
     const QByteArray name = PathBytes::lastPathComponent(path);
     const QByteArray contents = trashInfo(path, QDateTime::currentDateTime());
+    // The first number worth trying for this name: past every name this program took in this trash,
+    // so a trash holding many items of one name costs no probing. The .trashinfo file is still made
+    // with O_EXCL, so an entry another program made meanwhile is never overwritten.
+    const QByteArray counterKey = result.trashDirectory + '\0' + name;
     QByteArray chosen;
-    for (int n = 1; chosen.isEmpty(); ++n) {
+    const int start = firstNumberFor(counterKey);
+    int n = start;
+    for (; chosen.isEmpty(); ++n) {
         const QByteArray candidate = candidateName(name, n);
         const QByteArray infoName = candidate + ".trashinfo";
         FileSystem::Fd fd(
             ::openat(info.get(), infoName.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (!fd.isValid()) {
-            if (errno == EEXIST && n < 100000)
+            if (errno == EEXIST && n - start < 100000)
                 continue;
             result.error = errno;
             return result;
@@ -176,6 +199,7 @@ Result moveToTrashAt(int dirFd, const QByteArray& leaf, const QByteArray& path, 
         }
         chosen = candidate;
     }
+    rememberNumber(counterKey, n);
 
     if (::renameat(dirFd, leaf.constData(), files.get(), chosen.constData()) != 0) {
         result.error = errno;

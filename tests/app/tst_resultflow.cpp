@@ -24,7 +24,9 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QSplitter>
+#include <QSemaphore>
 #include <QtTest>
+#include <thread>
 
 namespace {
 
@@ -198,14 +200,13 @@ private slots:
         QVERIFY(sheet->isVisible());
         chosen.removeAll(dropped);
 
-        // The files go one after another in later turns of the event loop, the sheet showing progress
-        // and refusing to close meanwhile.
+        // The files go one after another on a thread of their own, the sheet showing progress, with
+        // "Cancel" (which would stop the run) the only button left.
         f.prompter.expectAlert(Prompter::FirstButton, false, popUpIndex);
         QTest::mouseClick(sheet->tDelete(), Qt::LeftButton);
         QVERIFY(sheet->isRemoving());
         QVERIFY(sheet->progressBar()->isVisible());
-        QVERIFY(!sheet->back()->isEnabled() && !sheet->tDelete()->isEnabled());
-        QTest::keyClick(sheet, Qt::Key_Escape);
+        QVERIFY(sheet->back()->isEnabled() && !sheet->tDelete()->isEnabled());
         QVERIFY(sheet->isVisible());
         QTRY_VERIFY(!sheet->isVisible());
         QVERIFY(f.prompter.allAnswered());
@@ -267,6 +268,81 @@ private slots:
         QCOMPARE(screen->groupModel()->rowCount(), 1);
         QCOMPARE(screen->selectedMain(), 0);
         QVERIFY(f.toolbarText().startsWith(QStringLiteral("2 Duplicates. Total: ")));
+    }
+
+    // A removal runs on a thread of its own. Its "Cancel" stops it after the item in hand, the rest
+    // reported as left; quitting asks first ("Continue" goes on) and waits for the item in hand.
+    void cancelAndQuitDuringARemoval() {
+        Road road;
+        road.scanAndShow();
+        AppFixture& f = road.f;
+        road.screen->autoSelectItem(Selection::keepOldestTitle())->trigger();
+        const QList<DuplicateFilePtr> chosen = f.app->selection().duplicateSelectedArray;
+        QCOMPARE(chosen.size(), 4);
+        const QMap<QByteArray, QByteArray> before = snapshot(road.tree.root());
+
+        // Each item waits, once checked, until the test lets it go.
+        QSemaphore inHand;
+        QSemaphore goOn;
+        RemovalActions::setCheckedHook([&](const QByteArray&) {
+            inHand.release();
+            goOn.tryAcquire(1, 10000);
+        });
+        DeletingPanel* sheet = road.openReview();
+        f.prompter.expectAlert(Prompter::FirstButton, false, 1); // delete for good
+        QTest::mouseClick(sheet->tDelete(), Qt::LeftButton);
+        QVERIFY(inHand.tryAcquire(1, 10000));
+        QVERIFY(sheet->isRemoving());
+
+        // The window answers meanwhile: quitting is refused with "Continue".
+        f.prompter.expectAlert(Prompter::SecondButton);
+        QVERIFY(!f.app->mayQuit());
+        QCOMPARE(f.prompter.alertsShown.last().buttons, (QStringList { "Quit", "Continue" }));
+        QVERIFY(sheet->isRemoving());
+
+        // "Cancel": the item in hand is finished, nothing after it is started.
+        QTest::mouseClick(sheet->back(), Qt::LeftButton);
+        goOn.release();
+        QTRY_VERIFY(!sheet->isVisible());
+        RemovalActions::setCheckedHook({});
+        const QMap<QByteArray, QByteArray> after = snapshot(road.tree.root());
+        int gone = 0;
+        for (const DuplicateFilePtr& file : chosen)
+            gone += !after.contains(file->urlFile().mid(road.tree.root().size() + 1));
+        QCOMPARE(gone, 1);
+        for (auto it = after.cbegin(); it != after.cend(); ++it)
+            QCOMPARE(it.value(), before.value(it.key()));
+        // Only what was removed left the result.
+        quint64 members = 0;
+        for (const DuplicateGroupPtr& group : f.app->state().duplicateMainArray)
+            members += static_cast<quint64>(group->listAll().size());
+        QVERIFY(members == 6u || members == 5u); // 7 copies in three groups; one went (and maybe its group)
+        QCOMPARE(f.app->state().totalDuplicateCount.load(), members);
+
+        // Quitting during a removal with "Quit" waits for the item in hand, and starts no other.
+        road.screen->autoSelectItem(Selection::keepOldestTitle())->trigger();
+        const QMap<QByteArray, QByteArray> second = snapshot(road.tree.root());
+        RemovalActions::setCheckedHook([&](const QByteArray&) {
+            inHand.release();
+            goOn.tryAcquire(1, 10000);
+        });
+        sheet = road.openReview();
+        f.prompter.expectAlert(Prompter::FirstButton, false, 1);
+        QTest::mouseClick(sheet->tDelete(), Qt::LeftButton);
+        QVERIFY(inHand.tryAcquire(1, 10000));
+        std::thread release([&] {
+            QThread::msleep(200);
+            goOn.release();
+        });
+        f.prompter.expectAlert(Prompter::FirstButton);
+        QVERIFY(f.app->mayQuit());
+        release.join();
+        RemovalActions::setCheckedHook({});
+        const QMap<QByteArray, QByteArray> end = snapshot(road.tree.root());
+        QCOMPARE(second.size() - end.size(), 1);
+        for (auto it = end.cbegin(); it != end.cend(); ++it)
+            QCOMPARE(it.value(), second.value(it.key()));
+        QVERIFY(f.prompter.allAnswered());
     }
 
     void cancelKeepsTheChoiceAndTheLastGroupLeavesForTheSetupScreen() {

@@ -92,6 +92,33 @@ private slots:
                 "a.txt.trashinfo", "b.2.txt.trashinfo", "dir.trashinfo" }));
         QVERIFY(snapshot(tree.root()).isEmpty());
 
+        // Names are counted per name for the run, yet an entry another program makes meanwhile, in
+        // files/ or in info/, is never overwritten.
+        const auto foreignEntry = [&](const QByteArray& name) {
+            QFile entry(QString::fromUtf8(trash + "/files/" + name));
+            QVERIFY(entry.open(QIODevice::WriteOnly));
+            entry.write("foreign " + name);
+            QFile info(QString::fromUtf8(trash + "/info/" + name + ".trashinfo"));
+            QVERIFY(info.open(QIODevice::WriteOnly));
+            info.write("[Trash Info]\n");
+        };
+        foreignEntry("c.dat");
+        foreignEntry("c.1.dat");
+        QVERIFY(Trash::moveToTrash(tree.file("c.dat", "mine 1")).ok());
+        foreignEntry("c.3.dat");
+        foreignEntry("c.4.dat");
+        QVERIFY(Trash::moveToTrash(tree.file("c.dat", "mine 2")).ok());
+        QVERIFY(Trash::moveToTrash(tree.file("c.dat", "mine 3")).ok());
+        const QMap<QByteArray, QByteArray> counted = snapshot(trash + "/files");
+        for (const char* name : { "c.dat", "c.1.dat", "c.3.dat", "c.4.dat" })
+            QCOMPARE(counted.value(name), "f:foreign " + QByteArray(name));
+        QCOMPARE(counted.value("c.2.dat"), QByteArray("f:mine 1"));
+        QCOMPARE(counted.value("c.5.dat"), QByteArray("f:mine 2"));
+        QCOMPARE(counted.value("c.6.dat"), QByteArray("f:mine 3"));
+        ::unlink(QByteArray(trash + "/info/c.dat.trashinfo").constData());
+        for (const char* name : { "c.1.dat", "c.2.dat", "c.3.dat", "c.4.dat", "c.5.dat", "c.6.dat" })
+            ::unlink(QByteArray(trash + "/info/" + name + ".trashinfo").constData());
+
         // A missing item fails and leaves no info file behind.
         QCOMPARE(Trash::moveToTrash(tree.path("gone")).error, ENOENT);
         QCOMPARE(snapshot(trash + "/info").size(), 7);

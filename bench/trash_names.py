@@ -1,0 +1,92 @@
+#!/usr/bin/env python3
+"""Moving many same-named files to the trash: twinsift's command line against a plain loop.
+
+Makes N files in groups of 100 per name (dup/dNNN/aMMMM.dat, each with a kept copy under keep/),
+then times `twinsift scan --keep oldest --action trash --yes` on the tree, and separately a plain
+loop that writes each .trashinfo with O_EXCL and renames the file into files/, choosing a free name
+from a counter per name. Prints both and the ratio (the removal's own time: the command's time less
+a listing run without --yes, which scans and plans the same tree)."""
+import argparse, os, shutil, subprocess, sys, tempfile, time
+
+def make_tree(root, count):
+    names = 100
+    for i in range(count):
+        folder, name = divmod(i, names)
+        body = (b"%08d" % i) * 25
+        for side in ("keep", "dup"):
+            d = os.path.join(root, side, "d%04d" % folder)
+            os.makedirs(d, exist_ok=True)
+            with open(os.path.join(d, "a%04d.dat" % name), "wb") as f:
+                f.write(body)
+    # A file of its own in every folder keeps the folders from being copies of each other, so the
+    # files are the groups.
+    for folder in range((count + names - 1) // names):
+        with open(os.path.join(root, "dup", "d%04d" % folder, "own.txt"), "wb") as f:
+            f.write(b"own %d" % folder)
+    # the kept copies are the older ones
+    past = time.time() - 3600
+    for dirpath, _, files in os.walk(os.path.join(root, "keep")):
+        for f in files:
+            os.utime(os.path.join(dirpath, f), (past, past))
+
+def plain_loop(root, trash):
+    files = os.path.join(trash, "files")
+    info = os.path.join(trash, "info")
+    os.makedirs(files, exist_ok=True)
+    os.makedirs(info, exist_ok=True)
+    counters = {}
+    start = time.perf_counter()
+    for dirpath, _, names in os.walk(os.path.join(root, "dup")):
+        for name in names:
+            if name == "own.txt":
+                continue
+            n = counters.get(name, 1)
+            while True:
+                candidate = name if n == 1 else name[:-4] + ".%d.dat" % n
+                try:
+                    fd = os.open(os.path.join(info, candidate + ".trashinfo"), os.O_WRONLY | os.O_CREAT | os.O_EXCL, 0o600)
+                except FileExistsError:
+                    n += 1
+                    continue
+                path = os.path.join(dirpath, name)
+                os.write(fd, b"[Trash Info]\nPath=" + path.encode() + b"\nDeletionDate=2026-01-01T00:00:00\n")
+                os.close(fd)
+                os.rename(path, os.path.join(files, candidate))
+                counters[name] = n + 1
+                break
+    return time.perf_counter() - start
+
+def timed(command, env):
+    start = time.perf_counter()
+    subprocess.run(command, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
+    return time.perf_counter() - start
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--files", type=int, default=50000)
+    parser.add_argument("--twinsift", default="build/app/twinsift")
+    args = parser.parse_args()
+    work = tempfile.mkdtemp(prefix="trash-names-")
+    try:
+        env = dict(os.environ, XDG_DATA_HOME=os.path.join(work, "data"), XDG_CONFIG_HOME=os.path.join(work, "config"),
+                   XDG_CACHE_HOME=os.path.join(work, "cache"))
+        tree = os.path.join(work, "tree")
+        make_tree(tree, args.files)
+        scan = [args.twinsift, "scan", "--min-size", "0", "--no-progress", "--no-cache", "--keep", "oldest",
+                "--action", "trash", tree]
+        timed(scan, env)  # warm-up
+        listing = timed(scan, env)
+        whole = timed(scan + ["--yes"], env)
+        ours = whole - listing
+        trashed = len(os.listdir(os.path.join(work, "data", "Trash", "files")))
+        shutil.rmtree(tree)
+        make_tree(tree, args.files)
+        loop = plain_loop(tree, os.path.join(work, "loop-trash"))
+        print("twinsift: %d files trashed in %.2f s (%.2f s with the scan and plan)" % (trashed, ours, whole))
+        print("plain loop: %d files in %.2f s" % (args.files, loop))
+        print("trash_names: ratio %.2f (target <= 1.3)" % (ours / loop))
+    finally:
+        shutil.rmtree(work, ignore_errors=True)
+
+if __name__ == "__main__":
+    sys.exit(main())
