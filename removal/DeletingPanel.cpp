@@ -10,8 +10,8 @@
 #include "review/Selection.h"
 #include "review/StatusTexts.h"
 
-#include <QDesktopServices>
 #include "base/PathBytes.h"
+#include <QDesktopServices>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -152,9 +152,9 @@ void DeletingPanel::updateStatus() {
         const qsizetype done = m_worker->done();
         const qsizetype total = m_worker->total();
         m_status->setText(m_worker->isCancelled() ? QStringLiteral("Stopping after the item in hand…")
-                                                  : QStringLiteral("%1 of %2").arg(
-                                                      StatusTexts::decimalNumber(static_cast<qint64>(done)),
-                                                      StatusTexts::decimalNumber(static_cast<qint64>(total))));
+                                                  : QStringLiteral("%1 of %2")
+                                                        .arg(StatusTexts::decimalNumber(static_cast<qint64>(done)),
+                                                            StatusTexts::decimalNumber(static_cast<qint64>(total))));
         m_progress->setValue(total ? double(done) / double(total) : 0.0);
         const QFontMetrics metrics(m_current->font());
         m_current->setText(metrics.elidedText(

@@ -138,7 +138,7 @@ QString differsText() {
     return QStringLiteral("differs from the kept copy");
 }
 
-Outcome actOn(Action action, const RemovalPlan::Item& item, const QList<QByteArray>& roots) {
+Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver) {
     Outcome outcome;
     outcome.file = item.file;
     outcome.keptCopy = item.kept ? item.kept->urlFile() : QByteArray();
@@ -147,10 +147,10 @@ Outcome actOn(Action action, const RemovalPlan::Item& item, const QList<QByteArr
     const ItemIdentity& seen = item.file->identity();
     const ItemIdentity& keptSeen = item.kept->identity();
 
-    const ScannedItem::Place place = ScannedItem::reach(item.file->urlFile(), roots);
+    const ScannedItem::Place place = resolver.reach(item.file->urlFile());
     if (!place.ok() || !ScannedItem::unchanged(seen, ScannedItem::identityAt(place.folder.get(), place.leaf)))
         return leftAlone(outcome, changedText());
-    const ScannedItem::Place kept = ScannedItem::reach(outcome.keptCopy, roots);
+    const ScannedItem::Place kept = resolver.reach(outcome.keptCopy);
     const ItemIdentity keptNow = kept.ok() ? ScannedItem::identityAt(kept.folder.get(), kept.leaf) : ItemIdentity();
     if (!ScannedItem::unchanged(keptSeen, keptNow))
         return leftAlone(outcome, QStringLiteral("the kept copy changed since the scan"));
@@ -180,7 +180,7 @@ Outcome actOn(Action action, const RemovalPlan::Item& item, const QList<QByteArr
     if (checkedHook())
         checkedHook()(item.file->urlFile());
     // Still the same folder at the recorded path, and still the same item in it, just before acting.
-    const ScannedItem::Place again = ScannedItem::reach(item.file->urlFile(), roots);
+    const ScannedItem::Place again = resolver.reach(item.file->urlFile());
     if (!again.ok() || !sameFolder(again.folder.get(), place.folder.get())
         || !ScannedItem::unchanged(seen, ScannedItem::identityAt(place.folder.get(), place.leaf)))
         return leftAlone(outcome, changedText());

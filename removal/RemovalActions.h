@@ -2,6 +2,7 @@
 
 #include "detect/duplicates.h"
 #include "removal/RemovalPlan.h"
+#include "removal/ScannedItem.h"
 
 #include <QList>
 #include <QString>
@@ -59,7 +60,7 @@ QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QL
     const QList<QByteArray>& roots = {});
 
 // The action on one planned item: checks it and carries it out (see RemovalRun).
-Outcome actOn(Action action, const RemovalPlan::Item& item, const QList<QByteArray>& roots);
+Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver);
 
 // The reasons the check before acting leaves an item.
 QString changedText();

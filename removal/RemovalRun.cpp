@@ -4,7 +4,7 @@ RemovalRun::RemovalRun(RemovalActions::Action action, const QList<DuplicateFileP
     const QList<DuplicateGroupPtr>& duplicateMainArray, const QList<QByteArray>& roots)
     : m_action(action)
     , m_plan(files, duplicateMainArray)
-    , m_roots(roots) {
+    , m_resolver(roots) {
     m_outcomes.reserve(total());
 }
 
@@ -17,7 +17,7 @@ const RemovalActions::Outcome& RemovalRun::step() {
         outcome.done = true;
         m_outcomes.append(outcome);
     } else {
-        m_outcomes.append(RemovalActions::actOn(m_action, item, m_roots));
+        m_outcomes.append(RemovalActions::actOn(m_action, item, m_resolver));
     }
     return m_outcomes.last();
 }

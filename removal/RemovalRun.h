@@ -26,6 +26,6 @@ public:
 private:
     RemovalActions::Action m_action;
     RemovalPlan m_plan;
-    QList<QByteArray> m_roots;
+    ScannedItem::Resolver m_resolver;
     QList<RemovalActions::Outcome> m_outcomes;
 };

@@ -6,7 +6,9 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace ScannedItem {
@@ -41,12 +43,15 @@ Comparison compareOpenFiles(int a, int b) {
         return Comparison::Unreadable;
     if (sa.st_size != sb.st_size)
         return Comparison::Different;
-    ::posix_fadvise(a, 0, 0, POSIX_FADV_SEQUENTIAL);
-    ::posix_fadvise(b, 0, 0, POSIX_FADV_SEQUENTIAL);
-    QByteArray bufferA(kChunk, Qt::Uninitialized);
-    QByteArray bufferB(kChunk, Qt::Uninitialized);
+    if (sa.st_size > kChunk) {
+        ::posix_fadvise(a, 0, 0, POSIX_FADV_SEQUENTIAL);
+        ::posix_fadvise(b, 0, 0, POSIX_FADV_SEQUENTIAL);
+    }
+    const qsizetype chunk = std::min<qsizetype>(kChunk, static_cast<qsizetype>(sa.st_size) + 1);
+    QByteArray bufferA(chunk, Qt::Uninitialized);
+    QByteArray bufferB(chunk, Qt::Uninitialized);
     for (;;) {
-        const ssize_t n = ::read(a, bufferA.data(), kChunk);
+        const ssize_t n = ::read(a, bufferA.data(), static_cast<size_t>(chunk));
         if (n < 0 && errno == EINTR)
             continue;
         if (n < 0)
@@ -170,11 +175,25 @@ Comparison compareFolders(int a, int b, dev_t deviceA, dev_t deviceB) {
 
 } // namespace
 
-Place reach(const QByteArray& path, const QList<QByteArray>& roots) {
+int Resolver::startFolder(const QByteArray& start, int& error) {
+    auto found = m_starts.find(start);
+    if (found == m_starts.end()) {
+        FileSystem::Fd fd
+            = start == "/" ? FileSystem::Fd(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) : openFollowing(start);
+        if (!fd.isValid()) {
+            error = errno;
+            return -1;
+        }
+        found = m_starts.emplace(start, std::move(fd)).first;
+    }
+    return found->second.get();
+}
+
+Place Resolver::reach(const QByteArray& path) {
     Place place;
     place.path = path;
     QByteArray root;
-    for (const QByteArray& candidate : roots) {
+    for (const QByteArray& candidate : std::as_const(m_roots)) {
         if (candidate.size() > root.size() && isBelowOrSame(candidate, path))
             root = candidate;
     }
@@ -188,15 +207,34 @@ Place reach(const QByteArray& path, const QList<QByteArray>& roots) {
     QByteArray start = root.isEmpty() || root == path ? folder : root;
     if (root.isEmpty() || !isBelowOrSame(start, folder))
         start = QByteArrayLiteral("/");
-    FileSystem::Fd current
-        = start == "/" ? FileSystem::Fd(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) : openFollowing(start);
-    if (!current.isValid()) {
-        place.error = errno;
+    const int startFd = startFolder(start, place.error);
+    if (startFd < 0)
+        return place;
+    const QByteArray below = folder.mid(start == "/" ? 1 : start.size() + 1);
+    if (below.isEmpty()) {
+        place.folder = FileSystem::Fd(::fcntl(startFd, F_DUPFD_CLOEXEC, 0));
+        if (!place.folder.isValid())
+            place.error = errno;
         return place;
     }
-    const QByteArray below = folder.mid(start == "/" ? 1 : start.size() + 1);
+    if (below.size() < PATH_MAX - 1) {
+        struct open_how how { };
+        how.flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+        how.resolve = RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS | RESOLVE_BENEATH;
+        const long fd = ::syscall(SYS_openat2, startFd, below.constData(), &how, sizeof how);
+        if (fd >= 0) {
+            place.folder = FileSystem::Fd(static_cast<int>(fd));
+            return place;
+        }
+        if (errno != ENOSYS && errno != EINVAL && errno != EPERM) {
+            place.error = errno;
+            return place;
+        }
+    }
+    // Without openat2: one folder at a time.
+    FileSystem::Fd current(::fcntl(startFd, F_DUPFD_CLOEXEC, 0));
     for (const QByteArray& component : below.split('/')) {
-        if (component.isEmpty())
+        if (component.isEmpty() || !current.isValid())
             continue;
         FileSystem::Fd next(::openat(current.get(), component.constData(), kFolderFlags));
         if (!next.isValid()) {
@@ -205,8 +243,15 @@ Place reach(const QByteArray& path, const QList<QByteArray>& roots) {
         }
         current = std::move(next);
     }
+    if (!current.isValid())
+        place.error = errno;
     place.folder = std::move(current);
     return place;
+}
+
+Place reach(const QByteArray& path, const QList<QByteArray>& roots) {
+    Resolver resolver(roots);
+    return resolver.reach(path);
 }
 
 ItemIdentity identityAt(int dirFd, const QByteArray& leaf) {

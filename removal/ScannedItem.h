@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <map>
 
 // Reaching an item of a scan result again without following a symbolic link the scan did not
 // follow, and telling whether it is still the item the scan saw and still a copy of its kept copy.
@@ -21,10 +22,27 @@ struct Place {
     bool ok() const { return folder.isValid(); }
 };
 
-// Opens the folder holding `path`: the scan target it lies in (the longest of `roots` that is
-// `path` or a folder above it) is opened as the scan opened it, and every folder below it with
-// O_NOFOLLOW | O_DIRECTORY. An item that is a target itself is reached from the target's parent;
-// with no target above it, from "/". Paths longer than PATH_MAX are reached too.
+// Opens the folder holding an item: the scan target it lies in (the longest of the roots that is
+// the item's path or a folder above it) is opened as the scan opened it, and the folders below it
+// without following any link (openat2 with RESOLVE_NO_SYMLINKS in one call where the kernel has it,
+// else one O_NOFOLLOW | O_DIRECTORY open per folder). An item that is a target itself is reached
+// from the target's parent; with no target above it, from "/". Paths longer than PATH_MAX are
+// reached too. The targets' folders are opened once per resolver, so a removal keeps one for its
+// whole run.
+class Resolver {
+public:
+    explicit Resolver(const QList<QByteArray>& roots)
+        : m_roots(roots) { }
+    Place reach(const QByteArray& path);
+
+private:
+    int startFolder(const QByteArray& start, int& error);
+
+    QList<QByteArray> m_roots;
+    std::map<QByteArray, FileSystem::Fd> m_starts;
+};
+
+// One look-up without keeping anything open.
 Place reach(const QByteArray& path, const QList<QByteArray>& roots);
 
 // The identity of what is at `leaf` in `dirFd` now (links not followed); unknown when nothing is.

@@ -5,11 +5,13 @@
 
 #include <QMutex>
 #include <cerrno>
-#include <string>
-#include <unordered_map>
 #include <fcntl.h>
+#include <map>
+#include <memory>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <unordered_map>
 
 namespace Trash {
 
@@ -138,33 +140,76 @@ Result moveToTrash(const QByteArray& path) {
     return moveToTrashAt(parent.dirFd, parent.leaf, path, item.st_dev);
 }
 
-Result moveToTrashAt(int dirFd, const QByteArray& leaf, const QByteArray& path, dev_t device) {
-    Result result;
-    int error = 0;
-    FileSystem::Fd trash;
+namespace {
+
+// The trash an item on `device` goes to, with its files/ and info/ folders open.
+struct OpenTrash {
+    QByteArray directory;
+    FileSystem::Fd files;
+    FileSystem::Fd info;
+};
+
+std::shared_ptr<const OpenTrash> openTrashFor(const QByteArray& path, dev_t device, int& error) {
+    auto trash = std::make_shared<OpenTrash>();
+    FileSystem::Fd folder;
     const QByteArray home = homeTrashDirectory();
     struct stat homeStat;
     if (makePath(home) == 0) {
-        trash = FileSystem::Fd(::open(home.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (trash.isValid() && (::fstat(trash.get(), &homeStat) != 0 || homeStat.st_dev != device))
-            trash = FileSystem::Fd();
+        folder = FileSystem::Fd(::open(home.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (folder.isValid() && (::fstat(folder.get(), &homeStat) != 0 || homeStat.st_dev != device))
+            folder = FileSystem::Fd();
     }
-    if (trash.isValid()) {
-        result.trashDirectory = home;
+    if (folder.isValid()) {
+        trash->directory = home;
     } else {
-        trash = topDirectoryTrash(topDirectoryOf(path, device), result.trashDirectory, error);
-        if (!trash.isValid()) {
-            result.error = error ? error : EPERM;
-            return result;
-        }
+        folder = topDirectoryTrash(topDirectoryOf(path, device), trash->directory, error);
+        if (!folder.isValid())
+            return nullptr;
     }
+    trash->files = openOwnFolderAt(folder.get(), "files", true, error);
+    trash->info = trash->files.isValid() ? openOwnFolderAt(folder.get(), "info", true, error) : FileSystem::Fd();
+    if (!trash->info.isValid())
+        return nullptr;
+    return trash;
+}
 
-    FileSystem::Fd files = openOwnFolderAt(trash.get(), "files", true, error);
-    FileSystem::Fd info = files.isValid() ? openOwnFolderAt(trash.get(), "info", true, error) : FileSystem::Fd();
-    if (!info.isValid()) {
+// The trash folders found for a device stay open for the next item of the same removal; they are
+// looked for again when the home trash setting changed or a folder was deleted meanwhile.
+QMutex trashesMutex;
+std::map<std::pair<std::string, dev_t>, std::shared_ptr<const OpenTrash>> openTrashes;
+
+std::shared_ptr<const OpenTrash> trashFor(const QByteArray& path, dev_t device, int& error) {
+    const std::pair<std::string, dev_t> key { homeTrashDirectory().toStdString(), device };
+    {
+        QMutexLocker lock(&trashesMutex);
+        const auto found = openTrashes.find(key);
+        struct stat files;
+        struct stat info;
+        if (found != openTrashes.end() && ::fstat(found->second->files.get(), &files) == 0 && files.st_nlink > 0
+            && ::fstat(found->second->info.get(), &info) == 0 && info.st_nlink > 0)
+            return found->second;
+    }
+    std::shared_ptr<const OpenTrash> trash = openTrashFor(path, device, error);
+    if (trash) {
+        QMutexLocker lock(&trashesMutex);
+        openTrashes[key] = trash;
+    }
+    return trash;
+}
+
+} // namespace
+
+Result moveToTrashAt(int dirFd, const QByteArray& leaf, const QByteArray& path, dev_t device) {
+    Result result;
+    int error = 0;
+    const std::shared_ptr<const OpenTrash> trash = trashFor(path, device, error);
+    if (!trash) {
         result.error = error ? error : EPERM;
         return result;
     }
+    result.trashDirectory = trash->directory;
+    const FileSystem::Fd& files = trash->files;
+    const FileSystem::Fd& info = trash->info;
 
     const QByteArray name = PathBytes::lastPathComponent(path);
     const QByteArray contents = trashInfo(path, QDateTime::currentDateTime());
