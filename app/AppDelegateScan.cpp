@@ -88,6 +88,7 @@ void AppDelegate::afterScanningDone() {
 
 void AppDelegate::AfterScanningDone() {
     m_refreshStatusTimer.stop();
+    m_selection.setProtectedFolders(m_state.settings.protectedFolderList);
     setProgressData();
     setProgressScanning(1.0);
     m_driver->AfterScanningDone();

@@ -107,6 +107,25 @@ QString PreferenceWindow::sizeText(double position) {
     return text == QLatin1String("Zero KB") ? QStringLiteral("0 byte") : text;
 }
 
+namespace {
+
+QList<int> selectedRows(QTableView* table) {
+    QList<int> rows;
+    for (const QModelIndex& index : table->selectionModel()->selectedRows())
+        rows.append(index.row());
+    std::sort(rows.begin(), rows.end(), std::greater<int>());
+    return rows;
+}
+
+void removeRows(QList<QByteArray>& list, const QList<int>& descendingRows) {
+    for (int row : descendingRows) {
+        if (row >= 0 && row < list.size())
+            list.removeAt(row);
+    }
+}
+
+} // namespace
+
 QWidget* PreferenceWindow::makeSettingsTab() {
     auto* tab = new QWidget;
     auto* layout = new QVBoxLayout(tab);
@@ -202,6 +221,10 @@ QWidget* PreferenceWindow::makeSettingsTab() {
         [this, removeButton] { removeButton->setEnabled(ignoreScrollview->selectionModel()->hasSelection()); });
 
     layout->addSpacing(12);
+    layout->addWidget(heading(tr("Never choose copies in these folders")));
+    makeProtectedFolders(layout);
+
+    layout->addSpacing(12);
     layout->addWidget(heading(tr("Digest cache")));
     auto* cacheRow = new QHBoxLayout;
     cacheSizeText = new QLabel;
@@ -212,6 +235,86 @@ QWidget* PreferenceWindow::makeSettingsTab() {
     layout->addLayout(cacheRow);
     connect(clearCacheButton, &QPushButton::clicked, this, &PreferenceWindow::clearCache);
     return tab;
+}
+
+void PreferenceWindow::makeProtectedFolders(QVBoxLayout* layout) {
+    m_protectedModel = new IgnoredFolderModel(this);
+    protectedFolderView = new QTableView;
+    protectedFolderView->setObjectName(QStringLiteral("protectedFolderView"));
+    protectedFolderView->setAccessibleName(tr("Protected folders"));
+    protectedFolderView->setModel(m_protectedModel);
+    protectedFolderView->horizontalHeader()->hide();
+    protectedFolderView->horizontalHeader()->setStretchLastSection(true);
+    protectedFolderView->verticalHeader()->hide();
+    protectedFolderView->verticalHeader()->setDefaultSectionSize(24);
+    protectedFolderView->setShowGrid(false);
+    protectedFolderView->setAlternatingRowColors(true);
+    protectedFolderView->setSelectionBehavior(QAbstractItemView::SelectRows);
+    protectedFolderView->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    protectedFolderView->setTextElideMode(Qt::ElideMiddle);
+    protectedFolderView->setIconSize(QSize(16, 16));
+    protectedFolderView->setAcceptDrops(true);
+    protectedFolderView->setDragDropMode(QAbstractItemView::DropOnly);
+    protectedFolderView->setFixedHeight(84);
+    layout->addWidget(protectedFolderView);
+
+    const auto addFolders = [this](const QList<QByteArray>& folders) {
+        for (const QByteArray& url : folders) {
+            const QByteArray folder = withoutTrailingSlash(url);
+            if (!m_settings.protectedFolderList.contains(folder))
+                m_settings.protectedFolderList.append(folder);
+        }
+        storeProtectedFolders();
+    };
+    connect(m_protectedModel, &IgnoredFolderModel::foldersDropped, this, addFolders);
+    const auto removeSelected = [this] {
+        const QList<int> rows = selectedRows(protectedFolderView);
+        removeRows(m_settings.protectedFolderList, rows);
+        storeProtectedFolders();
+    };
+    auto* remove = new QShortcut(QKeySequence::Delete, protectedFolderView, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(remove, &QShortcut::activated, this, removeSelected);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(2);
+    auto* addButton = new QToolButton;
+    addButton->setIcon(QIcon::fromTheme(QStringLiteral("list-add")));
+    addButton->setText(QStringLiteral("+"));
+    addButton->setToolTip(tr("Add folders to protect"));
+    addButton->setAccessibleName(tr("Add protected folders"));
+    auto* removeButton = new QToolButton;
+    removeButton->setIcon(QIcon::fromTheme(QStringLiteral("list-remove")));
+    removeButton->setText(QStringLiteral("\u2212"));
+    removeButton->setToolTip(tr("Remove the selected folders"));
+    removeButton->setAccessibleName(tr("Remove the selected protected folders"));
+    removeButton->setEnabled(false);
+    buttons->addWidget(addButton);
+    buttons->addWidget(removeButton);
+    buttons->addSpacing(8);
+    buttons->addWidget(hint(tr("Scanned as usual; their copies are never chosen or removed.")), 1);
+    layout->addLayout(buttons);
+    connect(addButton, &QToolButton::clicked, this, [this, addFolders] {
+        Prompter::OpenPanel panel;
+        panel.prompt = tr("Protect");
+        panel.message = tr("Choose folders whose copies are never to be chosen");
+        panel.canChooseFiles = false;
+        panel.canChooseDirectories = true;
+        panel.allowsMultipleSelection = true;
+        panel.directory = QDir::homePath().toUtf8();
+        const Prompter::PanelAnswer answer = m_prompter.runOpenPanel(panel);
+        if (answer.response == Prompter::OK)
+            addFolders(answer.urls);
+    });
+    connect(removeButton, &QToolButton::clicked, this, removeSelected);
+    connect(protectedFolderView->selectionModel(), &QItemSelectionModel::selectionChanged, removeButton,
+        [this, removeButton] { removeButton->setEnabled(protectedFolderView->selectionModel()->hasSelection()); });
+}
+
+void PreferenceWindow::storeProtectedFolders() {
+    waitForSetobj();
+    m_protectedModel->setFolders(m_settings.protectedFolderList);
+    storeProtectedFolderList(m_store, m_settings.protectedFolderList);
+    m_store.synchronize();
 }
 
 void PreferenceWindow::refreshCacheSize() {
@@ -250,6 +353,7 @@ void PreferenceWindow::windowDidLoad() {
     }
     textSlider->setText(sizeText(m_settings.SkipLessThen));
     m_folderModel->setFolders(m_settings.ignoreFolderList);
+    m_protectedModel->setFolders(m_settings.protectedFolderList);
 }
 
 void PreferenceWindow::checkbtnAction(QCheckBox* sender) {
@@ -334,25 +438,6 @@ void PreferenceWindow::addDragFile(const QString& index) {
     m_folderModel->setFolders(m_settings.ignoreFolderList);
     storeFolderList();
 }
-
-namespace {
-
-QList<int> selectedRows(QTableView* table) {
-    QList<int> rows;
-    for (const QModelIndex& index : table->selectionModel()->selectedRows())
-        rows.append(index.row());
-    std::sort(rows.begin(), rows.end(), std::greater<int>());
-    return rows;
-}
-
-void removeRows(QList<QByteArray>& list, const QList<int>& descendingRows) {
-    for (int row : descendingRows) {
-        if (row >= 0 && row < list.size())
-            list.removeAt(row);
-    }
-}
-
-} // namespace
 
 void PreferenceWindow::Remove_Folder() {
     const QList<int> rows = selectedRows(ignoreScrollview);

@@ -8,6 +8,7 @@
 #include <functional>
 
 class IgnoredFolderModel;
+class QVBoxLayout;
 class Prompter;
 class QCheckBox;
 class QLabel;
@@ -88,6 +89,7 @@ public:
     QLabel* textSlider = nullptr;
     TokenField* tokenView = nullptr;
     QTableView* ignoreScrollview = nullptr;
+    QTableView* protectedFolderView = nullptr;
     QLabel* logoApp = nullptr;
     QLabel* nameApp = nullptr;
     QLabel* versionApp = nullptr;
@@ -116,6 +118,8 @@ private:
     QWidget* makeSettingsTab();
     QWidget* makeAboutTab();
     void storeFolderList();
+    void makeProtectedFolders(QVBoxLayout* layout);
+    void storeProtectedFolders();
     void setFrame(QSize size, qint64 x, qint64 y);
     static int primaryScreenBottom();
 
@@ -123,6 +127,7 @@ private:
     SettingsStore& m_store;
     Prompter& m_prompter;
     IgnoredFolderModel* m_folderModel = nullptr;
+    IgnoredFolderModel* m_protectedModel = nullptr;
     QList<QByteArray> m_draggedFolders;
     QFuture<void> m_setobj;
 };

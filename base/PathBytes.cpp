@@ -199,3 +199,19 @@ QByteArray fileUrl(const QByteArray& path) {
 }
 
 } // namespace PathBytes
+
+QByteArray PathBytes::enclosingFolderIn(const QByteArray& path, const QSet<QByteArray>& folders) {
+    if (folders.isEmpty())
+        return {};
+    if (folders.contains(path))
+        return path;
+    for (qsizetype slash = path.lastIndexOf('/'); slash >= 0;) {
+        const QByteArray folder = slash == 0 ? QByteArrayLiteral("/") : path.left(slash);
+        if (folders.contains(folder))
+            return folder;
+        if (slash == 0)
+            break;
+        slash = path.lastIndexOf('/', slash - 1);
+    }
+    return {};
+}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QSet>
 #include <QString>
 
 // Paths are kept as the file system's bytes. These helpers work on absolute paths without a
@@ -35,6 +36,8 @@ bool isDescendant(const QByteArray& path, const QByteArray& folder);
 // Makes a path absolute against `cwd` and removes empty, "." and ".." components and any trailing
 // slash, without touching the disk.
 QByteArray normalized(const QByteArray& path, const QByteArray& cwd);
+// The one of `folders` that `path` is or lies in (the innermost), or nothing.
+QByteArray enclosingFolderIn(const QByteArray& path, const QSet<QByteArray>& folders);
 QByteArray currentDirectory();
 
 // Text for display and search: invalid bytes show as U+FFFD.

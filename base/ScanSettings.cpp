@@ -42,22 +42,39 @@ QStringList plainExtensions(const QStringList& types) {
 namespace {
 
 const QString kIgnoreFolderList = QStringLiteral("ignoreFolderList");
+const QString kProtectedFolderList = QStringLiteral("protectedFolderList");
 
-} // namespace
-
-QList<QByteArray> loadFolderList(const SettingsStore& store) {
+QList<QByteArray> loadPaths(const SettingsStore& store, const QString& key) {
     QList<QByteArray> folders;
-    for (const QVariant& value : store.variantList(kIgnoreFolderList))
+    for (const QVariant& value : store.variantList(key))
         folders.append(value.typeId() == QMetaType::QByteArray ? value.toByteArray() : value.toString().toUtf8());
     return folders;
 }
 
-void storeFolderList(SettingsStore& store, const QList<QByteArray>& folders) {
+void storePaths(SettingsStore& store, const QString& key, const QList<QByteArray>& folders) {
     QVariantList values;
     values.reserve(folders.size());
     for (const QByteArray& folder : folders)
         values.append(folder);
-    store.setVariantList(kIgnoreFolderList, values);
+    store.setVariantList(key, values);
+}
+
+} // namespace
+
+QList<QByteArray> loadFolderList(const SettingsStore& store) {
+    return loadPaths(store, kIgnoreFolderList);
+}
+
+void storeFolderList(SettingsStore& store, const QList<QByteArray>& folders) {
+    storePaths(store, kIgnoreFolderList, folders);
+}
+
+QList<QByteArray> loadProtectedFolderList(const SettingsStore& store) {
+    return loadPaths(store, kProtectedFolderList);
+}
+
+void storeProtectedFolderList(SettingsStore& store, const QList<QByteArray>& folders) {
+    storePaths(store, kProtectedFolderList, folders);
 }
 
 qint64 getSizeFromslidervalue(double value) {
@@ -116,6 +133,12 @@ void getAppSetting(ScanSettings& settings, SettingsStore& store) {
     } else {
         settings.ignoreFolderList = ScanSettings::defaultIgnoreFolderList();
         storeFolderList(store, settings.ignoreFolderList);
+    }
+    if (store.contains(kProtectedFolderList)) {
+        settings.protectedFolderList = loadProtectedFolderList(store);
+    } else {
+        settings.protectedFolderList.clear();
+        storeProtectedFolderList(store, settings.protectedFolderList);
     }
     store.synchronize();
 }

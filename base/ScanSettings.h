@@ -17,6 +17,8 @@ struct ScanSettings {
     qint64 nub = 102400;
     QStringList ignoreFileTypeList; // plain lower-case extensions ("pdf")
     QList<QByteArray> ignoreFolderList; // absolute folder paths, as the file system's bytes
+    // Folders scanned as usual whose copies are never chosen or removed (absolute, as bytes).
+    QList<QByteArray> protectedFolderList;
 
     static QStringList defaultIgnoreFileTypeList();
     static QList<QByteArray> defaultIgnoreFolderList();
@@ -32,6 +34,9 @@ QStringList plainExtensions(const QStringList& types);
 // their UTF-8 bytes.
 QList<QByteArray> loadFolderList(const SettingsStore& store);
 void storeFolderList(SettingsStore& store, const QList<QByteArray>& folders);
+// The protected folders, kept the same way under "protectedFolderList".
+QList<QByteArray> loadProtectedFolderList(const SettingsStore& store);
+void storeProtectedFolderList(SettingsStore& store, const QList<QByteArray>& folders);
 
 // Maps the size slider's position to the minimum file size in bytes, odd steps included: positions
 // below 1 give 0 bytes, 1 to 5 give 4 bytes, and above that 512 bytes times a power of two.

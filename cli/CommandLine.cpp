@@ -32,6 +32,8 @@ Options (for this run only; the stored settings are not changed):
   --min-size BYTES         minimum size on disk of a file to report
   --ignore-types LIST      comma-separated lower-case extensions never hashed (may be empty)
   --ignore-folder PATH     folder skipped with everything below (repeatable; replaces the list)
+  --protect PATH           folder scanned as usual whose copies are never chosen or removed
+                           (repeatable; added to the protected folders of the settings)
   --format text|json|csv   output format (text by default)
   --progress               live status line on standard error (default when it is a terminal)
   --no-progress            no status line
@@ -62,6 +64,7 @@ struct Options {
     std::optional<qint64> minSize;
     std::optional<QStringList> ignoreTypes;
     std::optional<QList<QByteArray>> ignoreFolders;
+    QList<QByteArray> protectedFolders;
     ResultWriter::Format format = ResultWriter::Format::Text;
     bool progress = false;
     bool cache = true;
@@ -145,6 +148,8 @@ Options parse(const QList<QByteArray>& arguments) {
             if (!options.ignoreFolders)
                 options.ignoreFolders = QList<QByteArray>();
             options.ignoreFolders->append(PathBytes::normalized(value(), PathBytes::currentDirectory()));
+        } else if (name == "--protect") {
+            options.protectedFolders.append(PathBytes::normalized(value(), PathBytes::currentDirectory()));
         } else if (name == "--format") {
             options.formatGiven = true;
             const QByteArray v = value();
@@ -210,6 +215,10 @@ void applyOverrides(const Options& options, ScanSettings& settings) {
         settings.ignoreFileTypeList = *options.ignoreTypes;
     if (options.ignoreFolders)
         settings.ignoreFolderList = *options.ignoreFolders;
+    for (const QByteArray& folder : options.protectedFolders) {
+        if (!settings.protectedFolderList.contains(folder))
+            settings.protectedFolderList.append(folder);
+    }
 }
 
 // The command line's side of a scan: the endings run in place on the scan thread.

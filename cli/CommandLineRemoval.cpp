@@ -58,6 +58,7 @@ std::optional<RemovalActions::Action> actionOfWord(const QByteArray& word) {
 
 int run(ScanState& state, const Request& request, std::FILE* out) {
     Selection selection;
+    selection.setProtectedFolders(state.settings.protectedFolderList);
     ResultLists lists(state, selection);
     const QString rule = request.keep == Keep::Newest ? Selection::keepNewestTitle() : Selection::keepOldestTitle();
     selection.AutoSelectAction(rule, state.duplicateMainArray);
@@ -77,7 +78,7 @@ int run(ScanState& state, const Request& request, std::FILE* out) {
         // The plan as it will be carried out: what each item's kept copy is, and which items are
         // left alone so that every content keeps a copy.
         const QByteArray word = request.action ? actionWord(*request.action) : QByteArrayLiteral("chosen");
-        const RemovalPlan plan(chosen, state.duplicateMainArray);
+        const RemovalPlan plan(chosen, state.duplicateMainArray, state.settings.protectedFolderList);
         qint64 bytes = 0;
         for (const RemovalPlan::Item& item : plan.items()) {
             const QByteArray kept = item.kept ? item.kept->urlFile() : QByteArray();

@@ -34,7 +34,7 @@ _twinsift() {
             COMPREPLY=($(compgen -W 'trash delete alias symlink hardlink' -- "$cur"))
             return
             ;;
-        --ignore-folder)
+        --ignore-folder | --protect)
             _filedir -d
             return
             ;;
@@ -44,7 +44,7 @@ _twinsift() {
     esac
 
     if [[ $cur == -* ]]; then
-        local options='--subdirs --hidden --packages --min-size --ignore-types --ignore-folder --format
+        local options='--subdirs --hidden --packages --min-size --ignore-types --ignore-folder --protect --format
             --progress --no-progress --verbose --help'
         [[ $command == scan ]] && options+=' --keep --action --yes'
         COMPREPLY=($(compgen -W "$options" -- "$cur"))

@@ -188,8 +188,8 @@ void DeletingPanel::removeSelectedFiles() {
     const std::optional<RemovalActions::Action> action = m_review.askConfirmation(m_prompter);
     if (!action)
         return;
-    m_worker = std::make_unique<RemovalWorker>(
-        *action, m_selection.duplicateSelectedArray, m_state.duplicateMainArray, m_state.scanRoots);
+    m_worker = std::make_unique<RemovalWorker>(*action, m_selection.duplicateSelectedArray, m_state.duplicateMainArray,
+        m_state.scanRoots, m_state.settings.protectedFolderList);
     connect(m_worker.get(), &RemovalWorker::finished, this, &DeletingPanel::removalFinished);
     setRemoving(true);
     m_worker->start();

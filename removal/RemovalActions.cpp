@@ -208,8 +208,8 @@ QList<Outcome> makeHardLink(const QList<DuplicateFilePtr>& files, const QList<Du
 }
 
 QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups,
-    const QList<QByteArray>& roots) {
-    RemovalRun removal(action, files, groups, roots);
+    const QList<QByteArray>& roots, const QList<QByteArray>& protectedFolders) {
+    RemovalRun removal(action, files, groups, roots, protectedFolders);
     while (!removal.atEnd())
         removal.step();
     return removal.outcomes();

@@ -57,7 +57,7 @@ QList<Outcome> makeHardLink(const QList<DuplicateFilePtr>& files, const QList<Du
 
 // `roots` are the scan's targets: items are reached from the one they lie in (see ScannedItem).
 QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups,
-    const QList<QByteArray>& roots = {});
+    const QList<QByteArray>& roots = {}, const QList<QByteArray>& protectedFolders = {});
 
 // The action on one planned item: checks it and carries it out (see RemovalRun).
 Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver);

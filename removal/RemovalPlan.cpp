@@ -1,5 +1,7 @@
 #include "removal/RemovalPlan.h"
 
+#include "base/PathBytes.h"
+
 #include <QSet>
 #include <algorithm>
 #include <map>
@@ -118,7 +120,13 @@ QString RemovalPlan::sameFileText() {
     return QStringLiteral("the same file as the kept copy");
 }
 
-RemovalPlan::RemovalPlan(const QList<DuplicateFilePtr>& chosen, const QList<DuplicateGroupPtr>& groups) {
+QString RemovalPlan::protectedText() {
+    return QStringLiteral("inside a protected folder");
+}
+
+RemovalPlan::RemovalPlan(const QList<DuplicateFilePtr>& chosen, const QList<DuplicateGroupPtr>& groups,
+    const QList<QByteArray>& protectedFolders) {
+    const QSet<QByteArray> shielded(protectedFolders.cbegin(), protectedFolders.cend());
     // Each chosen record's group: the first on screen that holds it.
     std::unordered_map<const duplicateFile*, DuplicateGroupPtr> groupOf;
     std::unordered_set<const duplicateFile*> wanted;
@@ -147,6 +155,11 @@ RemovalPlan::RemovalPlan(const QList<DuplicateFilePtr>& chosen, const QList<Dupl
         const auto found = groupOf.find(file.get());
         if (found == groupOf.end()) {
             item.leftReason = notOnScreenText();
+        } else if (!PathBytes::enclosingFolderIn(file->urlFile(), shielded).isEmpty()
+            || std::any_of(shielded.cbegin(), shielded.cend(),
+                [&](const QByteArray& folder) { return PathBytes::isDescendant(folder, file->urlFile()); })) {
+            // Inside a protected folder, or a folder that holds one.
+            item.leftReason = protectedText();
         } else {
             item.group = found->second;
             active.add(file.get());

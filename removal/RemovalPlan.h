@@ -33,7 +33,9 @@ public:
     // Every chosen record gets one item, in the order to act in: the items to act on first (in the
     // order chosen, a folder before what lies inside it), then the items left. Records listed twice
     // count once. `groups` is the result on screen; records of no group in it are left.
-    RemovalPlan(const QList<DuplicateFilePtr>& chosen, const QList<DuplicateGroupPtr>& groups);
+    // Items inside one of `protectedFolders` are left too.
+    RemovalPlan(const QList<DuplicateFilePtr>& chosen, const QList<DuplicateGroupPtr>& groups,
+        const QList<QByteArray>& protectedFolders = {});
 
     const std::vector<Item>& items() const { return m_items; }
     qsizetype leftCount() const { return m_leftCount; }
@@ -42,6 +44,7 @@ public:
     static QString notOnScreenText();
     static QString lastCopyText();
     static QString sameFileText();
+    static QString protectedText();
 
 private:
     std::vector<Item> m_items;

@@ -30,7 +30,8 @@ DuplicateFilePtr RemovalReview::fileAtRow(qsizetype row) const {
 
 void RemovalReview::updatePlan() {
     m_leftReasons.clear();
-    const RemovalPlan plan(m_selection.duplicateSelectedArray, m_state.duplicateMainArray);
+    const RemovalPlan plan(
+        m_selection.duplicateSelectedArray, m_state.duplicateMainArray, m_state.settings.protectedFolderList);
     for (const RemovalPlan::Item& item : plan.items()) {
         if (item.isLeft())
             m_leftReasons.emplace(item.file.get(), item.leftReason);
@@ -88,8 +89,8 @@ void RemovalReview::chageAlertText(Prompter::Alert& alert) const {
 }
 
 QList<RemovalActions::Outcome> RemovalReview::runAction(RemovalActions::Action action) {
-    lastOutcomes = RemovalActions::run(
-        action, m_selection.duplicateSelectedArray, m_state.duplicateMainArray, m_state.scanRoots);
+    lastOutcomes = RemovalActions::run(action, m_selection.duplicateSelectedArray, m_state.duplicateMainArray,
+        m_state.scanRoots, m_state.settings.protectedFolderList);
     return lastOutcomes;
 }
 

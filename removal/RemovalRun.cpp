@@ -1,9 +1,10 @@
 #include "removal/RemovalRun.h"
 
 RemovalRun::RemovalRun(RemovalActions::Action action, const QList<DuplicateFilePtr>& files,
-    const QList<DuplicateGroupPtr>& duplicateMainArray, const QList<QByteArray>& roots)
+    const QList<DuplicateGroupPtr>& duplicateMainArray, const QList<QByteArray>& roots,
+    const QList<QByteArray>& protectedFolders)
     : m_action(action)
-    , m_plan(files, duplicateMainArray)
+    , m_plan(files, duplicateMainArray, protectedFolders)
     , m_resolver(roots) {
     m_outcomes.reserve(total());
 }

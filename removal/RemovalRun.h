@@ -11,7 +11,8 @@
 class RemovalRun {
 public:
     RemovalRun(RemovalActions::Action action, const QList<DuplicateFilePtr>& files,
-        const QList<DuplicateGroupPtr>& duplicateMainArray, const QList<QByteArray>& roots = {});
+        const QList<DuplicateGroupPtr>& duplicateMainArray, const QList<QByteArray>& roots = {},
+        const QList<QByteArray>& protectedFolders = {});
 
     RemovalActions::Action action() const { return m_action; }
     const RemovalPlan& plan() const { return m_plan; }

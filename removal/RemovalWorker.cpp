@@ -8,12 +8,14 @@
 #include <QThread>
 
 RemovalWorker::RemovalWorker(RemovalActions::Action action, const QList<DuplicateFilePtr>& files,
-    const QList<DuplicateGroupPtr>& groups, const QList<QByteArray>& roots, QObject* parent)
+    const QList<DuplicateGroupPtr>& groups, const QList<QByteArray>& roots, const QList<QByteArray>& protectedFolders,
+    QObject* parent)
     : QObject(parent)
     , m_action(action)
     , m_files(files)
     , m_groups(groups)
-    , m_roots(roots) { }
+    , m_roots(roots)
+    , m_protected(protectedFolders) { }
 
 RemovalWorker::~RemovalWorker() {
     cancel();
@@ -52,7 +54,7 @@ QList<RemovalActions::Outcome> RemovalWorker::outcomes() const {
 }
 
 void RemovalWorker::run() {
-    auto removal = std::make_unique<RemovalRun>(m_action, m_files, m_groups, m_roots);
+    auto removal = std::make_unique<RemovalRun>(m_action, m_files, m_groups, m_roots, m_protected);
     m_total = removal->total();
     while (!removal->atEnd() && !m_cancel.load()) {
         {

@@ -20,7 +20,8 @@ class RemovalWorker : public QObject {
 
 public:
     RemovalWorker(RemovalActions::Action action, const QList<DuplicateFilePtr>& files,
-        const QList<DuplicateGroupPtr>& groups, const QList<QByteArray>& roots, QObject* parent = nullptr);
+        const QList<DuplicateGroupPtr>& groups, const QList<QByteArray>& roots,
+        const QList<QByteArray>& protectedFolders = {}, QObject* parent = nullptr);
     // Cancels and waits for the item in hand.
     ~RemovalWorker() override;
 
@@ -52,6 +53,7 @@ private:
     QList<DuplicateFilePtr> m_files;
     QList<DuplicateGroupPtr> m_groups;
     QList<QByteArray> m_roots;
+    QList<QByteArray> m_protected;
     std::unique_ptr<RemovalRun> m_run;
     std::unique_ptr<QThread> m_thread;
     std::atomic<bool> m_cancel { false };

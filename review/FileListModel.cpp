@@ -28,8 +28,14 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const {
     case NameRole:
         return PathBytes::display(PathBytes::lastPathComponent(file->urlFile()));
     case PathRole:
-    case Qt::ToolTipRole:
         return PathBytes::display(file->urlFile());
+    case Qt::ToolTipRole: {
+        const QByteArray folder = m_selection.protectingFolder(file->urlFile());
+        const QString path = PathBytes::display(file->urlFile());
+        return folder.isEmpty()
+            ? path
+            : path + QStringLiteral("\nNever chosen: inside the protected folder ") + PathBytes::display(folder);
+    }
     case PathBytesRole:
         return file->urlFile();
     case Qt::DecorationRole:

@@ -1,5 +1,6 @@
 #include "review/Selection.h"
 
+#include "base/PathBytes.h"
 #include "base/SettingsStore.h"
 #include "review/Prompter.h"
 
@@ -28,43 +29,81 @@ qsizetype Selection::countIn(const duplicates& group, const std::unordered_set<c
     return static_cast<qsizetype>(counted.size());
 }
 
+void Selection::setProtectedFolders(const QList<QByteArray>& folders) {
+    m_protectedFolders.clear();
+    for (QByteArray folder : folders) {
+        while (folder.size() > 1 && folder.endsWith('/'))
+            folder.chop(1);
+        m_protectedFolders.insert(folder);
+    }
+}
+
+QByteArray Selection::protectingFolder(const QByteArray& path) const {
+    return PathBytes::enclosingFolderIn(path, m_protectedFolders);
+}
+
+QList<DuplicateFilePtr> Selection::unprotected(const QList<DuplicateFilePtr>& files) const {
+    if (m_protectedFolders.isEmpty())
+        return files;
+    QList<DuplicateFilePtr> out;
+    for (const DuplicateFilePtr& file : files) {
+        if (!isProtected(file))
+            out.append(file);
+    }
+    return out;
+}
+
+QList<DuplicateFilePtr> Selection::keepRuleChoice(const duplicates& group, bool keepNewest) const {
+    const QList<DuplicateFilePtr>& files = group.listAll();
+    if (files.isEmpty())
+        return {};
+    const QList<DuplicateFilePtr> open = unprotected(files);
+    if (open.size() != files.size())
+        return open;
+    return keepNewest ? files.first(files.size() - 1) : files.sliced(1);
+}
+
 void Selection::AutoSelectAction(
     const std::optional<QString>& chosenTitle, const QList<DuplicateGroupPtr>& duplicateDisplayArray) {
     duplicateSelectedArray.clear();
     if (!chosenTitle)
         return;
     const bool keepNewest = *chosenTitle == keepNewestTitle();
-    for (const DuplicateGroupPtr& group : duplicateDisplayArray) {
-        const QList<DuplicateFilePtr>& files = group->listAll();
-        if (files.isEmpty())
-            continue;
-        duplicateSelectedArray.append(keepNewest ? files.first(files.size() - 1) : files.sliced(1));
-    }
+    for (const DuplicateGroupPtr& group : duplicateDisplayArray)
+        duplicateSelectedArray.append(keepRuleChoice(*group, keepNewest));
 }
 
 void Selection::keepSegmentAction(const duplicates& group, int segment) {
     removeFilesOf(group);
-    const QList<DuplicateFilePtr>& files = group.listAll();
-    if (segment == 0 || files.isEmpty())
+    if (segment == 0)
         return;
-    duplicateSelectedArray.append(segment == 1 ? files.first(files.size() - 1) : files.sliced(1));
+    duplicateSelectedArray.append(keepRuleChoice(group, segment == 1));
 }
 
 Selection::CheckState Selection::checkBoxActionMain(const duplicates& group, CheckState boxState) {
+    // With protected copies the box never shows On: a click on it once every other copy is chosen
+    // takes them all out again.
+    const QList<DuplicateFilePtr> open = unprotected(group.listAll());
+    if (boxState != CheckState::Off && open.size() != group.listAll().size()
+        && countSelected(group) == static_cast<qsizetype>(open.size()))
+        boxState = CheckState::Off;
     removeFilesOf(group);
     if (boxState == CheckState::Mixed) {
         // Rebuilt as a set: the group's files and the rest, each record once.
         QList<DuplicateFilePtr> united;
         std::unordered_set<const duplicateFile*> seen;
-        for (const DuplicateFilePtr& file : duplicateSelectedArray + group.listAll()) {
+        for (const DuplicateFilePtr& file : duplicateSelectedArray + open) {
             if (seen.insert(file.get()).second)
                 united.append(file);
         }
         duplicateSelectedArray = united;
-        return CheckState::On;
+        return setStateOfCheckBox(group);
     }
-    if (boxState == CheckState::On)
-        duplicateSelectedArray.append(group.listAll());
+    if (boxState == CheckState::On) {
+        duplicateSelectedArray.append(open);
+        // A group whose copies are all protected offers nothing to choose.
+        return setStateOfCheckBox(group);
+    }
     return boxState;
 }
 
@@ -72,7 +111,7 @@ void Selection::checkBoxActionFromTableRow(const duplicates& group, qsizetype in
     if (index < 0 || index >= group.listAll().size())
         return;
     const DuplicateFilePtr& file = group.listAll().at(index);
-    if (duplicateSelectedArray.removeAll(file) == 0)
+    if (duplicateSelectedArray.removeAll(file) == 0 && !isProtected(file))
         duplicateSelectedArray.append(file);
 }
 

@@ -3,6 +3,7 @@
 #include "detect/duplicates.h"
 
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <optional>
 #include <unordered_set>
@@ -12,7 +13,9 @@ class SettingsStore;
 
 // The files chosen for removal on the result screen, and every rule that changes them. A file is
 // chosen when the very record from a group's `listAll` is in `duplicateSelectedArray`: records
-// compare by identity, never by path. Nothing protects a group's original from being chosen.
+// compare by identity, never by path. Nothing protects a group's original from being chosen, but a
+// copy inside a protected folder is never chosen by any rule, box or click: a group with a protected
+// copy keeps that copy whatever the keep rule says.
 //
 // Every operation is synchronous; afterwards the screen redraws the rows concerned and shows
 // toolbar state `toolbarState()`.
@@ -25,6 +28,12 @@ public:
     static QString keepOldestTitle() { return QStringLiteral("keep Oldest"); }
 
     QList<DuplicateFilePtr> duplicateSelectedArray;
+
+    // The folders whose copies are never chosen (absolute paths, as bytes).
+    void setProtectedFolders(const QList<QByteArray>& folders);
+    // The protected folder `path` is in (or is), or nothing.
+    QByteArray protectingFolder(const QByteArray& path) const;
+    bool isProtected(const DuplicateFilePtr& file) const { return !protectingFolder(file->urlFile()).isEmpty(); }
 
     bool contains(const DuplicateFilePtr& file) const;
     bool isEmpty() const { return duplicateSelectedArray.isEmpty(); }
@@ -56,6 +65,12 @@ public:
 
 private:
     void removeFilesOf(const duplicates& group);
+    // What a keep rule chooses in a group: with a protected copy, every copy but the protected ones;
+    // else every copy but the newest (`keepNewest`) or the oldest.
+    QList<DuplicateFilePtr> keepRuleChoice(const duplicates& group, bool keepNewest) const;
+    QList<DuplicateFilePtr> unprotected(const QList<DuplicateFilePtr>& files) const;
+
+    QSet<QByteArray> m_protectedFolders;
 };
 
 // The select-all question. Answers yes at once when "showAgain" holds any value; otherwise asks

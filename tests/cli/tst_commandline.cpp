@@ -1,3 +1,4 @@
+#include "base/ScanSettings.h"
 #include "base/SettingsStore.h"
 #include "cli/CommandLine.h"
 #include "cli/ResultWriter.h"
@@ -396,6 +397,26 @@ private slots:
             if (item["status"].toString() != QLatin1String("left"))
                 QVERIFY(exists(item["kept"].toString().toUtf8()));
         }
+    }
+
+    // --protect: the keep rules keep the protected copy, nothing inside is listed, and the stored
+    // settings are not changed.
+    void protectedFoldersOnTheCommandLine() {
+        TempEnvironment environment;
+        TempTree tree;
+        tree.file("master/a.txt", "same");
+        QThread::msleep(20);
+        tree.file("copy/a.txt", "same");
+        tree.file("copy/own.txt", "only here");
+        const Run plan = twinsift({ "scan", "--min-size", "0", "--no-progress", "--keep", "newest", "--action",
+            "delete", "--protect", tree.path("master"), tree.root() });
+        QCOMPARE(plan.status, 0);
+        const QList<QList<QByteArray>> lines = fileLines(plan.out);
+        QCOMPARE(lines.size(), 1);
+        QCOMPARE(lines[0][1], tree.path("copy/a.txt"));
+        QCOMPARE(lines[0][2], tree.path("master/a.txt"));
+        SettingsStore store;
+        QVERIFY(loadProtectedFolderList(store).isEmpty());
     }
 
     void badUsageAndMissingPaths() {

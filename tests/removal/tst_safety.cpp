@@ -198,6 +198,20 @@ private slots:
         QVERIFY(!plan.items().front().isLeft());
         QVERIFY(plan.items().back().isLeft());
 
+        // Nothing inside a protected folder, nor a folder that holds one, is ever acted on.
+        const DuplicateGroupPtr guarded = group({ tree.file("M/keep/z", "z"), tree.file("N/z", "z") });
+        const DuplicateGroupPtr holders = group({ tree.path("M"), tree.file("O/keep/z", "z") }, 5);
+        const RemovalPlan shielded({ guarded->listAll()[0], holders->listAll()[0], guarded->listAll()[1] },
+            { guarded, holders }, { tree.path("M/keep") });
+        QCOMPARE(shielded.items().size(), size_t(3));
+        QCOMPARE(shielded.leftCount(), 2);
+        for (const RemovalPlan::Item& item : shielded.items()) {
+            if (item.file->urlFile() == tree.path("N/z"))
+                QVERIFY(!item.isLeft());
+            else
+                QCOMPARE(item.leftReason, RemovalPlan::protectedText());
+        }
+
         // A chosen file inside a chosen folder goes with the folder.
         const DuplicateGroupPtr nested = group({ tree.file("G1/y", "y"), tree.file("G2/y", "y") });
         const DuplicateGroupPtr outer = group({ tree.path("G1"), tree.path("G2") }, 10);

@@ -98,6 +98,49 @@ private slots:
         QCOMPARE(Selection::setStateOfCheckBox(0, 0), Selection::CheckState::On);
     }
 
+    // Copies inside a protected folder are never chosen: the keep rules keep them whatever the age,
+    // the group box and a click pass them over, and a group of protected copies offers nothing.
+    void protectedFoldersAreNeverChosen() {
+        const DuplicateGroupPtr mixed = makeGroup({ "/photos/old", "/backup/mid", "/master/new" }, 1);
+        const DuplicateGroupPtr shielded = makeGroup({ "/master/a", "/master/sub/b" }, 1);
+        const DuplicateGroupPtr plain = makeGroup({ "/x/old", "/x/new" }, 1);
+        Selection selection;
+        selection.setProtectedFolders({ "/master/", "/nowhere" });
+        QCOMPARE(selection.protectingFolder("/master/sub/b"), QByteArray("/master"));
+        QCOMPARE(selection.protectingFolder("/masterpiece"), QByteArray());
+        const auto paths = [&] {
+            QList<QByteArray> out;
+            for (const DuplicateFilePtr& file : selection.duplicateSelectedArray)
+                out.append(file->urlFile());
+            return out;
+        };
+
+        for (const QString& rule : { Selection::keepNewestTitle(), Selection::keepOldestTitle() }) {
+            selection.AutoSelectAction(rule, { mixed, shielded, plain });
+            QList<QByteArray> expected { "/photos/old", "/backup/mid" };
+            expected.append(rule == Selection::keepNewestTitle() ? "/x/old" : "/x/new");
+            QCOMPARE(paths(), expected);
+        }
+        selection.keepSegmentAction(*mixed, 2);
+        QVERIFY(!paths().contains("/master/new"));
+
+        // The group box: On chooses what may be chosen and shows Mixed; a click on it then takes
+        // those out again, so the box never gets stuck.
+        selection.duplicateSelectedArray.clear();
+        QCOMPARE(selection.checkBoxActionMain(*mixed, Selection::CheckState::On), Selection::CheckState::Mixed);
+        QCOMPARE(paths(), (QList<QByteArray> { "/photos/old", "/backup/mid" }));
+        QCOMPARE(selection.checkBoxActionMain(*mixed, Selection::CheckState::On), Selection::CheckState::Off);
+        QVERIFY(selection.isEmpty());
+        QCOMPARE(selection.checkBoxActionMain(*shielded, Selection::CheckState::On), Selection::CheckState::Off);
+        QVERIFY(selection.isEmpty());
+
+        // A click on a protected copy does nothing; on another it toggles as usual.
+        selection.checkBoxActionFromTableRow(*mixed, 2);
+        QVERIFY(selection.isEmpty());
+        selection.checkBoxActionFromTableRow(*mixed, 0);
+        QCOMPARE(paths(), QList<QByteArray> { "/photos/old" });
+    }
+
     void selectAllQuestion() {
         TempEnvironment environment;
         SettingsStore store;
