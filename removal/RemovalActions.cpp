@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -53,8 +54,15 @@ Outcome carryOut(Action action, Outcome outcome, const ScannedItem::Place& item,
     switch (action) {
     case Action::MoveToTrash:
     case Action::PermanentDelete:
-        error = action == Action::MoveToTrash ? Trash::moveToTrashAt(dirFd, item.leaf, u, identity.device).error
-                                              : FileOperations::removeAt(dirFd, item.leaf);
+        if (action == Action::MoveToTrash) {
+            const Trash::Result trashed = Trash::moveToTrashAt(dirFd, item.leaf, u, identity.device);
+            error = trashed.error;
+            outcome.leftBehind = trashed.trashedPath;
+            outcome.trashInfo = trashed.trashDirectory + "/info/" + PathBytes::lastPathComponent(trashed.trashedPath)
+                + ".trashinfo";
+        } else {
+            error = FileOperations::removeAt(dirFd, item.leaf);
+        }
         if (error)
             Log::line(QStringLiteral("file %1 not removed").arg(shown(u)));
         break;
@@ -66,6 +74,7 @@ Outcome carryOut(Action action, Outcome outcome, const ScannedItem::Place& item,
             Log::line(QStringLiteral("::: %1").arg(errorWithPath(error, u + ".Alise")));
             break;
         }
+        outcome.leftBehind = u + ".Alise";
         error = FileOperations::removeAt(dirFd, item.leaf);
         if (error) {
             Log::line(QStringLiteral("error removing %1").arg(errorWithPath(error, u)));
@@ -89,6 +98,7 @@ Outcome carryOut(Action action, Outcome outcome, const ScannedItem::Place& item,
             Log::line(QStringLiteral("erroring for file alising %1 with error %2")
                           .arg(shown(u), FileOperations::errorText(error)));
         }
+        outcome.leftBehind = u;
         break;
     }
     }
@@ -130,6 +140,11 @@ void setCheckedHook(std::function<void(const QByteArray&)> hook) {
     checkedHook() = std::move(hook);
 }
 
+QStringList actionWords() {
+    return { QStringLiteral("trash"), QStringLiteral("delete"), QStringLiteral("alias"), QStringLiteral("symlink"),
+        QStringLiteral("hardlink") };
+}
+
 QString changedText() {
     return QStringLiteral("changed since the scan");
 }
@@ -138,7 +153,7 @@ QString differsText() {
     return QStringLiteral("differs from the kept copy");
 }
 
-Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver) {
+Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver, Journal* journal) {
     Outcome outcome;
     outcome.file = item.file;
     outcome.keptCopy = item.kept ? item.kept->urlFile() : QByteArray();
@@ -166,7 +181,8 @@ Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolve
         return outcome;
     }
 
-    switch (ScannedItem::compare(place, kept, seen.folder)) {
+    QByteArray digest;
+    switch (ScannedItem::compare(place, kept, seen.folder, &digest)) {
     case ScannedItem::Comparison::Equal:
         break;
     case ScannedItem::Comparison::Different:
@@ -184,7 +200,31 @@ Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolve
     if (!again.ok() || !sameFolder(again.folder.get(), place.folder.get())
         || !ScannedItem::unchanged(seen, ScannedItem::identityAt(place.folder.get(), place.leaf)))
         return leftAlone(outcome, changedText());
-    return carryOut(action, outcome, place, kept, seen);
+    qint64 seq = 0;
+    if (journal) {
+        struct stat st;
+        Journal::Entry entry;
+        entry.action = actionWords().at(static_cast<int>(action));
+        entry.path = item.file->urlFile();
+        entry.size = seen.size;
+        entry.modifiedNs = seen.modifiedNs;
+        entry.mode = ::fstatat(place.folder.get(), place.leaf.constData(), &st, AT_SYMLINK_NOFOLLOW) == 0
+            ? static_cast<uint>(st.st_mode & 07777)
+            : 0644u;
+        entry.digest = digest;
+        entry.kept = outcome.keptCopy;
+        seq = journal->begin(entry);
+        if (seq < 0)
+            return leftAlone(outcome, QStringLiteral("the journal could not be written"));
+    }
+    outcome = carryOut(action, outcome, place, kept, seen);
+    if (journal) {
+        if (outcome.done)
+            journal->done(seq, outcome.leftBehind, outcome.trashInfo);
+        else
+            journal->failed(seq, outcome.error);
+    }
+    return outcome;
 }
 
 QList<Outcome> movetotrash(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "detect/duplicates.h"
+#include "removal/Journal.h"
 #include "removal/RemovalPlan.h"
 #include "removal/ScannedItem.h"
 
@@ -34,6 +35,8 @@ struct Outcome {
     QByteArray keptCopy; // empty when no group holds the file
     bool done = false; // removed and, for the replacements, the link made
     bool left = false; // left alone by the plan or by the check before acting, never touched
+    QByteArray leftBehind; // what is in the item's place now: the trash entry, the link or link file
+    QByteArray trashInfo; // the trash entry's .trashinfo
     QString error; // why not, when not done
 };
 
@@ -60,7 +63,14 @@ QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QL
     const QList<QByteArray>& roots = {}, const QList<QByteArray>& protectedFolders = {});
 
 // The action on one planned item: checks it and carries it out (see RemovalRun).
-Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver);
+// With a journal, the item's record is written and flushed before it is touched (an item whose
+// record cannot be written is left alone) and completed after.
+Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver,
+    Journal* journal = nullptr);
+
+// "trash", "delete", "alias", "symlink", "hardlink": the actions as the command line and the
+// journal name them, in the order of Action.
+QStringList actionWords();
 
 // The reasons the check before acting leaves an item.
 QString changedText();

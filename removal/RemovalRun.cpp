@@ -18,7 +18,7 @@ const RemovalActions::Outcome& RemovalRun::step() {
         outcome.done = true;
         m_outcomes.append(outcome);
     } else {
-        m_outcomes.append(RemovalActions::actOn(m_action, item, m_resolver));
+        m_outcomes.append(RemovalActions::actOn(m_action, item, m_resolver, &m_journal));
     }
     return m_outcomes.last();
 }

@@ -28,5 +28,6 @@ private:
     RemovalActions::Action m_action;
     RemovalPlan m_plan;
     ScannedItem::Resolver m_resolver;
+    Journal m_journal;
     QList<RemovalActions::Outcome> m_outcomes;
 };

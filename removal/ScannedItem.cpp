@@ -2,6 +2,8 @@
 
 #include "base/PathBytes.h"
 
+#include <QCryptographicHash>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -36,7 +38,7 @@ FileSystem::Fd openFollowing(const QByteArray& path) {
 
 Comparison compareFolders(int a, int b, dev_t deviceA, dev_t deviceB);
 
-Comparison compareOpenFiles(int a, int b) {
+Comparison compareOpenFiles(int a, int b, QCryptographicHash* hash = nullptr) {
     struct stat sa;
     struct stat sb;
     if (::fstat(a, &sa) != 0 || ::fstat(b, &sb) != 0)
@@ -75,15 +77,18 @@ Comparison compareOpenFiles(int a, int b) {
         }
         if (std::memcmp(bufferA.constData(), bufferB.constData(), static_cast<size_t>(n)) != 0)
             return Comparison::Different;
+        if (hash)
+            hash->addData(QByteArrayView(bufferA.constData(), n));
     }
 }
 
-Comparison compareFilesAt(int dirA, const char* nameA, int dirB, const char* nameB) {
+Comparison compareFilesAt(
+    int dirA, const char* nameA, int dirB, const char* nameB, QCryptographicHash* hash = nullptr) {
     const FileSystem::Fd a(::openat(dirA, nameA, O_RDONLY | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
     const FileSystem::Fd b(::openat(dirB, nameB, O_RDONLY | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
     if (!a.isValid() || !b.isValid())
         return Comparison::Unreadable;
-    return compareOpenFiles(a.get(), b.get());
+    return compareOpenFiles(a.get(), b.get(), hash);
 }
 
 QByteArray linkText(int dirFd, const char* name, bool& ok) {
@@ -266,9 +271,15 @@ bool unchanged(const ItemIdentity& seen, const ItemIdentity& now) {
     return seen.folder || (seen.size == now.size && seen.modifiedNs == now.modifiedNs);
 }
 
-Comparison compare(const Place& item, const Place& kept, bool folders) {
-    if (!folders)
-        return compareFilesAt(item.folder.get(), item.leaf.constData(), kept.folder.get(), kept.leaf.constData());
+Comparison compare(const Place& item, const Place& kept, bool folders, QByteArray* digest) {
+    if (!folders) {
+        QCryptographicHash hash(QCryptographicHash::Md5);
+        const Comparison result = compareFilesAt(item.folder.get(), item.leaf.constData(), kept.folder.get(),
+            kept.leaf.constData(), digest ? &hash : nullptr);
+        if (digest && result == Comparison::Equal)
+            *digest = hash.result().toHex();
+        return result;
+    }
     FileSystem::ItemInfo ia;
     FileSystem::ItemInfo ib;
     if (!FileSystem::statAt(item.folder.get(), item.leaf.constData(), ia)

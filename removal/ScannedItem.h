@@ -61,6 +61,7 @@ enum class Comparison {
 // Compares two items of the same kind byte for byte: files by their bytes, folders by their whole
 // trees (the same names, hidden ones included; files by their bytes, links by their texts, folders,
 // packages and hidden folders by their contents). Neither is followed where it is a link.
-Comparison compare(const Place& item, const Place& kept, bool folders);
+// For files, `digest` (when given) receives the MD5 of the item's bytes as read.
+Comparison compare(const Place& item, const Place& kept, bool folders, QByteArray* digest = nullptr);
 
 } // namespace ScannedItem

@@ -1,0 +1,189 @@
+#include "removal/Journal.h"
+
+#include "base/FileSystem.h"
+#include "base/Log.h"
+#include "base/PathBytes.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+QString encoded(const QByteArray& bytes) {
+    return QString::fromLatin1(bytes.toBase64());
+}
+
+QByteArray decoded(const QJsonValue& value) {
+    return QByteArray::fromBase64(value.toString().toLatin1());
+}
+
+// Makes the folder and its missing parents, each 0700.
+bool makeFolders(const QByteArray& path) {
+    struct stat st;
+    if (::stat(path.constData(), &st) == 0)
+        return S_ISDIR(st.st_mode);
+    const QByteArray parent = PathBytes::deletingLastPathComponent(path);
+    if (!parent.isEmpty() && parent != path && !makeFolders(parent))
+        return false;
+    return ::mkdir(path.constData(), 0700) == 0 || errno == EEXIST;
+}
+
+} // namespace
+
+qsizetype Journal::Removal::doneCount() const {
+    return std::count_if(entries.cbegin(), entries.cend(), [](const Entry& e) { return e.state == Entry::State::Done; });
+}
+
+qint64 Journal::Removal::doneBytes() const {
+    qint64 bytes = 0;
+    for (const Entry& entry : entries) {
+        if (entry.state == Entry::State::Done)
+            bytes += entry.size;
+    }
+    return bytes;
+}
+
+bool Journal::Removal::undone() const {
+    return std::none_of(entries.cbegin(), entries.cend(),
+        [](const Entry& e) { return e.state == Entry::State::Done && e.action != QLatin1String("delete"); });
+}
+
+QByteArray Journal::folder() {
+    QByteArray dataHome = qgetenv("XDG_DATA_HOME");
+    if (!dataHome.startsWith('/'))
+        dataHome = qgetenv("HOME") + "/.local/share";
+    return PathBytes::normalized(dataHome, "/") + "/twinsift/journal";
+}
+
+Journal::~Journal() {
+    if (m_fd >= 0)
+        ::close(m_fd);
+}
+
+bool Journal::append(const QByteArray& line, bool sync) {
+    if (m_fd < 0)
+        return false;
+    if (FileSystem::writeAll(m_fd, line + '\n') != 0)
+        return false;
+    return !sync || ::fdatasync(m_fd) == 0;
+}
+
+qint64 Journal::begin(const Entry& entry) {
+    if (m_fd < 0) {
+        const QByteArray dir = folder();
+        if (!makeFolders(dir)) {
+            Log::line(QStringLiteral("journal folder %1 cannot be made").arg(PathBytes::display(dir)));
+            return -1;
+        }
+        const QByteArray name = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz")).toLatin1()
+            + '-' + QByteArray::number(::getpid());
+        m_file = dir + '/' + name + ".journal";
+        m_fd = ::open(m_file.constData(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0600);
+        if (m_fd < 0) {
+            Log::line(QStringLiteral("journal %1 cannot be written").arg(PathBytes::display(m_file)));
+            return -1;
+        }
+    }
+    QJsonObject record { { QStringLiteral("seq"), m_next }, { QStringLiteral("state"), QStringLiteral("begin") },
+        { QStringLiteral("time"), QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs) },
+        { QStringLiteral("action"), entry.action }, { QStringLiteral("path"), encoded(entry.path) },
+        { QStringLiteral("size"), entry.size }, { QStringLiteral("mtime"), QString::number(entry.modifiedNs) },
+        { QStringLiteral("mode"), static_cast<qint64>(entry.mode) },
+        { QStringLiteral("digest"), QString::fromLatin1(entry.digest) },
+        { QStringLiteral("kept"), encoded(entry.kept) } };
+    if (!append(QJsonDocument(record).toJson(QJsonDocument::Compact), true))
+        return -1;
+    return m_next++;
+}
+
+void Journal::done(qint64 seq, const QByteArray& leftBehind, const QByteArray& trashInfo) {
+    const QJsonObject record { { QStringLiteral("seq"), seq }, { QStringLiteral("state"), QStringLiteral("done") },
+        { QStringLiteral("left"), encoded(leftBehind) }, { QStringLiteral("info"), encoded(trashInfo) } };
+    append(QJsonDocument(record).toJson(QJsonDocument::Compact), true);
+}
+
+void Journal::failed(qint64 seq, const QString& reason) {
+    const QJsonObject record { { QStringLiteral("seq"), seq }, { QStringLiteral("state"), QStringLiteral("failed") },
+        { QStringLiteral("reason"), reason } };
+    append(QJsonDocument(record).toJson(QJsonDocument::Compact), false);
+}
+
+bool Journal::markUndone(const QByteArray& file, qint64 seq) {
+    const int fd = ::open(file.constData(), O_WRONLY | O_APPEND | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    const QJsonObject record { { QStringLiteral("seq"), seq }, { QStringLiteral("state"), QStringLiteral("undone") } };
+    const bool ok = FileSystem::writeAll(fd, QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n') == 0
+        && ::fdatasync(fd) == 0;
+    ::close(fd);
+    return ok;
+}
+
+std::optional<Journal::Removal> Journal::read(const QByteArray& file) {
+    QFile in(QString::fromLocal8Bit(file));
+    if (!in.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    Removal removal;
+    removal.file = file;
+    removal.id = QString::fromLocal8Bit(PathBytes::lastPathComponent(file));
+    removal.id.chop(QStringLiteral(".journal").size());
+    QList<Entry>& entries = removal.entries;
+    while (!in.atEnd()) {
+        const QByteArray line = in.readLine().trimmed();
+        if (line.isEmpty())
+            continue;
+        // A line cut short by a crash ends the journal.
+        const QJsonObject record = QJsonDocument::fromJson(line).object();
+        if (record.isEmpty())
+            break;
+        const qint64 seq = record.value(QStringLiteral("seq")).toInteger();
+        const QString state = record.value(QStringLiteral("state")).toString();
+        if (state == QLatin1String("begin")) {
+            Entry entry;
+            entry.seq = seq;
+            entry.action = record.value(QStringLiteral("action")).toString();
+            entry.path = decoded(record.value(QStringLiteral("path")));
+            entry.size = record.value(QStringLiteral("size")).toInteger();
+            entry.modifiedNs = record.value(QStringLiteral("mtime")).toString().toLongLong();
+            entry.mode = static_cast<uint>(record.value(QStringLiteral("mode")).toInteger());
+            entry.digest = record.value(QStringLiteral("digest")).toString().toLatin1();
+            entry.kept = decoded(record.value(QStringLiteral("kept")));
+            if (!removal.started.isValid())
+                removal.started = QDateTime::fromString(record.value(QStringLiteral("time")).toString(), Qt::ISODateWithMs);
+            entries.append(entry);
+            continue;
+        }
+        for (Entry& entry : entries) {
+            if (entry.seq != seq)
+                continue;
+            if (state == QLatin1String("done")) {
+                entry.state = Entry::State::Done;
+                entry.leftBehind = decoded(record.value(QStringLiteral("left")));
+                entry.trashInfo = decoded(record.value(QStringLiteral("info")));
+            } else if (state == QLatin1String("failed")) {
+                entry.state = Entry::State::Failed;
+            } else if (state == QLatin1String("undone")) {
+                entry.state = Entry::State::Undone;
+            }
+        }
+    }
+    return removal;
+}
+
+QList<Journal::Removal> Journal::list() {
+    QList<Removal> removals;
+    const QDir dir(QString::fromLocal8Bit(folder()));
+    QStringList names = dir.entryList({ QStringLiteral("*.journal") }, QDir::Files, QDir::Name);
+    for (const QString& name : std::as_const(names)) {
+        if (std::optional<Removal> removal = read(QFile::encodeName(dir.filePath(name))))
+            removals.append(*removal);
+    }
+    return removals;
+}
