@@ -1,7 +1,10 @@
 #include "app/AppDelegate.h"
 
 #include "app/PreferenceWindow.h"
+#include "base/PathBytes.h"
 #include "removal/DeletingPanel.h"
+#include "removal/Journal.h"
+#include "removal/Undo.h"
 
 #include "app/AppMenus.h"
 #include "app/DesktopNotifier.h"
@@ -110,13 +113,56 @@ bool AppDelegate::mayQuit() {
         return true;
     Prompter::Alert alert;
     alert.messageText = QStringLiteral("A removal is in progress.");
-    alert.informativeText = QStringLiteral(
-        "Quit after the item in hand? The items not reached yet stay as they are.");
+    alert.informativeText = QStringLiteral("Quit after the item in hand? The items not reached yet stay as they are.");
     alert.buttons = { QStringLiteral("Quit"), QStringLiteral("Continue") };
     if (m_prompter.runAlert(alert).response != Prompter::FirstButton)
         return false;
     removal->stopRemoval();
     return true;
+}
+
+void AppDelegate::undoLastRemoval() {
+    const QList<Journal::Removal> removals = Journal::list();
+    const Journal::Removal* last = nullptr;
+    for (auto it = removals.crbegin(); it != removals.crend() && !last; ++it) {
+        if (it->hasDone() && !it->undone())
+            last = &*it;
+    }
+    Prompter::Alert alert;
+    if (!last) {
+        alert.messageText = QStringLiteral("Nothing to undo.");
+        alert.informativeText = QStringLiteral("No removal recorded in the journal is left to put back.");
+        m_prompter.runAlert(alert);
+        return;
+    }
+    qsizetype deleted = 0;
+    for (const Journal::Entry& entry : last->entries)
+        deleted += entry.state == Journal::Entry::State::Done && entry.action == QLatin1String("delete");
+    alert.messageText = QStringLiteral("Undo the last removal?");
+    alert.informativeText = QStringLiteral("%1 of %2 will be put back as they were.")
+                                .arg(last->doneCount() - deleted)
+                                .arg(last->doneCount() == 1 ? QStringLiteral("1 item")
+                                                            : QStringLiteral("%1 items").arg(last->doneCount()));
+    if (deleted)
+        alert.informativeText += QStringLiteral(" %1 deleted for good cannot be put back.").arg(deleted);
+    alert.buttons = { QStringLiteral("Undo"), QStringLiteral("Cancel") };
+    if (m_prompter.runAlert(alert).response != Prompter::FirstButton)
+        return;
+    const QList<Undo::Result> results = Undo::undo(*last);
+    qsizetype restored = 0;
+    QStringList reasons;
+    for (const Undo::Result& result : results) {
+        if (result.restored) {
+            ++restored;
+        } else if (reasons.size() < 5) {
+            reasons.append(PathBytes::display(result.path) + QStringLiteral(": ") + result.reason);
+        }
+    }
+    Prompter::Alert done;
+    done.messageText = QStringLiteral("%1 of %2 put back.").arg(restored).arg(results.size());
+    done.informativeText = reasons.isEmpty() ? QStringLiteral("Scan again to see them among the duplicates.")
+                                             : reasons.join(QLatin1Char('\n'));
+    m_prompter.runAlert(done);
 }
 
 // Start-up

@@ -191,6 +191,9 @@ public:
     // Before the program quits: during a removal, asks whether to stop it after the item in hand
     // and, if so, waits for that item. False keeps the program running.
     bool mayQuit();
+    // Edit ▸ Undo Last Removal: puts back what the last removal recorded in the journal did, after
+    // asking, and says what came back and what could not.
+    void undoLastRemoval();
     SettingsStore& settingsStore() { return m_settingsStore; }
     Prompter& prompter() { return m_prompter; }
     DesktopNotifier& notifier() { return *m_notifier; }

@@ -53,6 +53,10 @@ void build(QMainWindow& window, AppDelegate& appDelegate) {
         &QAction::triggered, &window, &QMainWindow::close);
 
     QMenu* edit = bar->addMenu(QStringLiteral("&Edit"));
+    QObject::connect(
+        addItem(edit, QStringLiteral("Undo Last Removal"), UndoRemoval, QKeySequence(Qt::CTRL | Qt::Key_Z)),
+        &QAction::triggered, &appDelegate, &AppDelegate::undoLastRemoval);
+    edit->addSeparator();
     QObject::connect(addItem(edit, QStringLiteral("Find"), Find, QKeySequence(Qt::CTRL | Qt::Key_F)),
         &QAction::triggered, &appDelegate, &AppDelegate::Findfile);
     QObject::connect(addItem(edit, QStringLiteral("Review Selected…"), ShowSelected), &QAction::triggered, &appDelegate,

@@ -17,6 +17,7 @@ bool validateMenuItem(int tag, const State& state, bool isSetAsOriginal) {
     case Preferences:
     case Minimize:
     case Quit:
+    case UndoRemoval: // says so itself when there is nothing to undo
         return true;
     case NewScan:
         return state.resetNewScanEnabled;

@@ -15,6 +15,7 @@ enum Tag {
     SelectAllDuplicate = 21,
     ShowSelected = 22,
     Find = 23,
+    UndoRemoval = 24,
     Preferences = 100,
     Minimize = 200,
     Quit = 300,

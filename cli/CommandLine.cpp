@@ -6,6 +6,7 @@
 #include "base/Log.h"
 #include "base/PathBytes.h"
 #include "base/SettingsStore.h"
+#include "cli/CommandLineJournal.h"
 #include "cli/CommandLineRemoval.h"
 #include "cli/ResultWriter.h"
 #include "engine/ScanDriver.h"
@@ -21,6 +22,8 @@ namespace {
 
 const char* const kUsage = R"(Usage: twinsift scan [options] PATH...
        twinsift photos [options] PATH...
+       twinsift journal [--format text|json]
+       twinsift undo [--list] [--yes] [ID]
 
 Finds duplicate files and folders below each PATH with the stored settings and prints the groups.
 `photos` scans PATH as a photo library: pictures and audio-visual files only.
@@ -298,6 +301,8 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
         std::fprintf(out, "twinsift %s\n", TWINSIFT_VERSION);
         return Success;
     }
+    if (!arguments.isEmpty() && CommandLineJournal::handles(arguments.first()))
+        return CommandLineJournal::run(arguments, out, err);
     Options options;
     try {
         options = parse(arguments);

@@ -5,9 +5,20 @@ _twinsift() {
     _init_completion -s || return
 
     if [[ $cword -eq 1 ]]; then
-        COMPREPLY=($(compgen -W 'scan photos --help --version' -- "$cur"))
+        COMPREPLY=($(compgen -W 'scan photos journal undo --help --version' -- "$cur"))
         return
     fi
+    case ${words[1]} in
+        journal)
+            [[ $prev == --format ]] && COMPREPLY=($(compgen -W 'text json' -- "$cur")) ||
+                COMPREPLY=($(compgen -W '--format' -- "$cur"))
+            return
+            ;;
+        undo)
+            COMPREPLY=($(compgen -W '--list --yes' -- "$cur"))
+            return
+            ;;
+    esac
 
     local command=${words[1]} i
     for ((i = 2; i < cword; i++)); do

@@ -37,22 +37,37 @@ bool makeFolders(const QByteArray& path) {
 
 } // namespace
 
+namespace {
+
+bool actedOn(const Journal::Entry& entry) {
+    return entry.state == Journal::Entry::State::Done || entry.state == Journal::Entry::State::Undone;
+}
+
+} // namespace
+
 qsizetype Journal::Removal::doneCount() const {
-    return std::count_if(entries.cbegin(), entries.cend(), [](const Entry& e) { return e.state == Entry::State::Done; });
+    return std::count_if(entries.cbegin(), entries.cend(), actedOn);
 }
 
 qint64 Journal::Removal::doneBytes() const {
     qint64 bytes = 0;
     for (const Entry& entry : entries) {
-        if (entry.state == Entry::State::Done)
+        if (actedOn(entry))
             bytes += entry.size;
     }
     return bytes;
 }
 
+bool Journal::Removal::hasDone() const {
+    return std::any_of(entries.cbegin(), entries.cend(), [](const Entry& e) { return e.state == Entry::State::Done; });
+}
+
 bool Journal::Removal::undone() const {
-    return std::none_of(entries.cbegin(), entries.cend(),
-        [](const Entry& e) { return e.state == Entry::State::Done && e.action != QLatin1String("delete"); });
+    const bool putBack
+        = std::any_of(entries.cbegin(), entries.cend(), [](const Entry& e) { return e.state == Entry::State::Undone; });
+    return putBack && std::none_of(entries.cbegin(), entries.cend(), [](const Entry& e) {
+        return e.state == Entry::State::Done && e.action != QLatin1String("delete");
+    });
 }
 
 QByteArray Journal::folder() {
@@ -82,10 +97,16 @@ qint64 Journal::begin(const Entry& entry) {
             Log::line(QStringLiteral("journal folder %1 cannot be made").arg(PathBytes::display(dir)));
             return -1;
         }
-        const QByteArray name = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz")).toLatin1()
-            + '-' + QByteArray::number(::getpid());
-        m_file = dir + '/' + name + ".journal";
-        m_fd = ::open(m_file.constData(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0600);
+        const QByteArray name
+            = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz")).toLatin1() + '-'
+            + QByteArray::number(::getpid());
+        // Two removals begun within the same millisecond get numbered names.
+        for (int n = 0; m_fd < 0 && n < 100; ++n) {
+            m_file = dir + '/' + name + '-' + QByteArray::number(n).rightJustified(2, '0') + ".journal";
+            m_fd = ::open(m_file.constData(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0600);
+            if (m_fd < 0 && errno != EEXIST)
+                break;
+        }
         if (m_fd < 0) {
             Log::line(QStringLiteral("journal %1 cannot be written").arg(PathBytes::display(m_file)));
             return -1;
@@ -156,7 +177,8 @@ std::optional<Journal::Removal> Journal::read(const QByteArray& file) {
             entry.digest = record.value(QStringLiteral("digest")).toString().toLatin1();
             entry.kept = decoded(record.value(QStringLiteral("kept")));
             if (!removal.started.isValid())
-                removal.started = QDateTime::fromString(record.value(QStringLiteral("time")).toString(), Qt::ISODateWithMs);
+                removal.started
+                    = QDateTime::fromString(record.value(QStringLiteral("time")).toString(), Qt::ISODateWithMs);
             entries.append(entry);
             continue;
         }

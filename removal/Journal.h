@@ -35,9 +35,13 @@ public:
         QString id; // its name without the extension
         QDateTime started;
         QList<Entry> entries;
+        // The items the removal acted on (put back since or not), and their bytes.
         qsizetype doneCount() const;
         qint64 doneBytes() const;
-        bool undone() const; // nothing done is left to undo
+        // Items acted on and not put back yet (a permanent delete among them, which cannot be).
+        bool hasDone() const;
+        // Something was put back and nothing that could be is left.
+        bool undone() const;
     };
 
     // The folder of the journals for the current environment (not created).

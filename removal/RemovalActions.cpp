@@ -58,8 +58,8 @@ Outcome carryOut(Action action, Outcome outcome, const ScannedItem::Place& item,
             const Trash::Result trashed = Trash::moveToTrashAt(dirFd, item.leaf, u, identity.device);
             error = trashed.error;
             outcome.leftBehind = trashed.trashedPath;
-            outcome.trashInfo = trashed.trashDirectory + "/info/" + PathBytes::lastPathComponent(trashed.trashedPath)
-                + ".trashinfo";
+            outcome.trashInfo
+                = trashed.trashDirectory + "/info/" + PathBytes::lastPathComponent(trashed.trashedPath) + ".trashinfo";
         } else {
             error = FileOperations::removeAt(dirFd, item.leaf);
         }

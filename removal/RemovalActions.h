@@ -65,8 +65,8 @@ QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QL
 // The action on one planned item: checks it and carries it out (see RemovalRun).
 // With a journal, the item's record is written and flushed before it is touched (an item whose
 // record cannot be written is left alone) and completed after.
-Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver,
-    Journal* journal = nullptr);
+Outcome actOn(
+    Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver, Journal* journal = nullptr);
 
 // "trash", "delete", "alias", "symlink", "hardlink": the actions as the command line and the
 // journal name them, in the order of Action.

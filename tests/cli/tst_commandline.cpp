@@ -419,6 +419,39 @@ private slots:
         QVERIFY(loadProtectedFolderList(store).isEmpty());
     }
 
+    // journal and undo: the last removal is listed (text and JSON), undo without --yes changes
+    // nothing, with --yes puts the files back, and then there is nothing left to undo.
+    void journalAndUndo() {
+        TempEnvironment environment;
+        TempTree tree;
+        tree.file("A/a.txt", "same");
+        QThread::msleep(20);
+        tree.file("B/a.txt", "same");
+        tree.file("B/own.txt", "only here");
+        QCOMPARE(twinsift({ "scan", "--min-size", "0", "--no-progress", "--keep", "oldest", "--action", "symlink",
+                              "--yes", tree.root() })
+                     .status,
+            0);
+        const Run journal = twinsift({ "journal" });
+        QCOMPARE(journal.status, 0);
+        QCOMPARE(journal.out.count('\n'), 1);
+        QVERIFY(journal.out.contains("\tsymlink\t1 item\t"));
+        const Run json = twinsift({ "journal", "--format", "json" });
+        QCOMPARE(QJsonDocument::fromJson(json.out).object()["count"].toInt(), 1);
+
+        const Run plan = twinsift({ "undo" });
+        QCOMPARE(plan.status, 0);
+        QVERIFY(plan.out.startsWith(QByteArray("undo\tsymlink\t" + tree.path("B/a.txt") + "\n")));
+        QCOMPARE(snapshot(tree.path("B")).value("a.txt"), "l:" + tree.path("A/a.txt"));
+        const Run undone = twinsift({ "undo", "--yes" });
+        QCOMPARE(undone.status, 0);
+        QCOMPARE(tree.read("B/a.txt"), QByteArray("same"));
+        QCOMPARE(snapshot(tree.path("B")).value("a.txt"), QByteArray("f:same"));
+        const Run nothing = twinsift({ "undo", "--yes" });
+        QCOMPARE(nothing.status, 1);
+        QVERIFY(nothing.err.contains("nothing to undo"));
+    }
+
     void badUsageAndMissingPaths() {
         TempEnvironment environment;
         TempTree tree;
