@@ -31,6 +31,29 @@ class TestMenus : public QObject {
     Q_OBJECT
 
 private slots:
+    // Reopened, Preferences shows what is stored, not what the program started with: the size
+    // slider, and the protected folders added meanwhile.
+    void preferencesReopenWithTheStoredValues() {
+        AppFixture f;
+        f.app->showPreferences();
+        PreferenceWindow* window = f.app->setting();
+        const int moved = window->sizeSlider->value() + 37;
+        window->sizeSlider->setValue(moved);
+        window->close();
+        f.app->showPreferences();
+        QCOMPARE(f.app->setting()->sizeSlider->value(), moved);
+        window->close();
+    }
+
+    // Edit > Undo Last Removal says so when the journal holds nothing to undo.
+    void undoWithNothingToUndo() {
+        AppFixture f;
+        f.prompter.expectAlert(Prompter::FirstButton);
+        f.app->undoLastRemoval();
+        QVERIFY(f.prompter.allAnswered());
+        QCOMPARE(f.prompter.alertsShown.last().messageText, QStringLiteral("Nothing to undo."));
+    }
+
     void theWindowFollowsTheRules_data() {
         QTest::addColumn<QString>("situation");
         QTest::addColumn<QList<int>>("enabled");
