@@ -82,8 +82,12 @@ void AppDelegate::returnFromReview(const RemovalReview::CloseDecision& decision)
         m_prompter.runAlert(alert);
         return;
     }
-    // The review has rebuilt the displayed list; the tables follow it.
-    m_resultViewObj->reloadMainList();
+    // After a removal the review has rebuilt the displayed list and the tables follow it; with
+    // nothing removed only the chosen marks may have changed, and the user keeps their place.
+    if (decision.listChanged)
+        m_resultViewObj->reloadMainList();
+    else
+        m_resultViewObj->reloadRow();
     makeToolbarItem(decision.typetoolbar);
 }
 

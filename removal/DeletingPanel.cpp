@@ -242,7 +242,7 @@ void DeletingPanel::closewindow() {
         cancelRemoval();
         return;
     }
-    finish(m_review.closewindow());
+    finish(m_review.closewindow(false));
 }
 
 void DeletingPanel::finish(const RemovalReview::CloseDecision& decision) {

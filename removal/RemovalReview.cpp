@@ -50,7 +50,7 @@ std::optional<RemovalReview::CloseDecision> RemovalReview::removefromlist(qsizet
     m_selection.duplicateSelectedArray.removeAt(row);
     updatePlan();
     if (m_selection.duplicateSelectedArray.isEmpty())
-        return closewindow();
+        return closewindow(false);
     return std::nullopt;
 }
 
@@ -196,15 +196,17 @@ RemovalReview::CloseDecision RemovalReview::refreshAndReload() {
     return closewindow();
 }
 
-RemovalReview::CloseDecision RemovalReview::closewindow() {
+RemovalReview::CloseDecision RemovalReview::closewindow(bool listChanged) {
     CloseDecision decision;
+    decision.listChanged = listChanged;
     if (m_state.duplicateMainArray.isEmpty()) {
         decision.allRemoved = true;
         decision.typewindow = 0;
         decision.typetoolbar = 0;
         return decision;
     }
-    m_lists.getDiplayListAndReloadMainList();
+    if (listChanged)
+        m_lists.getDiplayListAndReloadMainList();
     decision.typetoolbar = m_selection.toolbarState();
     return decision;
 }

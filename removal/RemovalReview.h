@@ -27,6 +27,8 @@ public:
         bool allRemoved = false;
         int typewindow = 2;
         int typetoolbar = 5;
+        // False when nothing was removed: the result screen keeps its list, row and scroll position.
+        bool listChanged = true;
     };
 
     RemovalReview(ScanState& state, Selection& selection, ResultLists& lists,
@@ -65,8 +67,9 @@ public:
     // wasted space are counted again over the groups left, the selection is emptied, and the sheet
     // closes.
     CloseDecision refreshAndReload();
-    // How the sheet closes now (rebuilds the displayed list when groups are left).
-    CloseDecision closewindow();
+    // How the sheet closes now (rebuilds the displayed list when groups are left and the list
+    // changed; "Cancel" and dropping the last row change nothing on the result screen).
+    CloseDecision closewindow(bool listChanged = true);
 
     // The outcome of the last action run, one entry per listed file.
     QList<RemovalActions::Outcome> lastOutcomes;

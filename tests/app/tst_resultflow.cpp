@@ -23,8 +23,9 @@
 #include <QListView>
 #include <QMenu>
 #include <QPushButton>
-#include <QSplitter>
+#include <QScrollBar>
 #include <QSemaphore>
+#include <QSplitter>
 #include <QtTest>
 #include <thread>
 
@@ -353,7 +354,10 @@ private slots:
         const QList<DuplicateFilePtr> chosen = f.app->selection().duplicateSelectedArray;
         QCOMPARE(chosen.size(), 4);
 
-        // "No" leaves the sheet open; "Cancel" returns to the result screen with the choice intact.
+        // "No" leaves the sheet open; "Cancel" returns to the result screen with the choice intact
+        // and the user's place kept: the same group row, the same scroll position.
+        road.screen->chooseGroupRow(2);
+        const int scroll = road.screen->duplicateListMain()->verticalScrollBar()->value();
         DeletingPanel* sheet = road.openReview();
         f.prompter.expectAlert(Prompter::SecondButton);
         QTest::mouseClick(sheet->tDelete(), Qt::LeftButton);
@@ -363,6 +367,8 @@ private slots:
         QCOMPARE(sheet->result(), DeletingPanel::returnCode);
         QCOMPARE(f.app->typetoolbar(), 6);
         QCOMPARE(f.app->selection().duplicateSelectedArray, chosen);
+        QCOMPARE(road.screen->selectedMain(), 2);
+        QCOMPARE(road.screen->duplicateListMain()->verticalScrollBar()->value(), scroll);
 
         // The same sheet comes back, reloaded; all chosen copies go to the trash and no group is left.
         QCOMPARE(road.openReview(), sheet);
