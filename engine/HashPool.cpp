@@ -225,13 +225,21 @@ qint64 readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader
 }
 
 // Whether the block device holding `device` spins, from sysfs; a partition's answer is its disk's.
+// A virtual disk (virtio, Xen) says "rotational" by default whatever stores it, and one reader would
+// only leave the host's parallelism unused, so it counts as solid-state.
 bool isRotational(dev_t device) {
     const QString node = QStringLiteral("/sys/dev/block/%1:%2").arg(major(device)).arg(minor(device));
     QString folder = QFileInfo(node).canonicalFilePath();
     for (int up = 0; up < 2 && !folder.isEmpty(); ++up) {
         QFile file(folder + QStringLiteral("/queue/rotational"));
-        if (file.open(QIODevice::ReadOnly))
-            return file.readAll().trimmed() == "1";
+        if (file.open(QIODevice::ReadOnly)) {
+            if (file.readAll().trimmed() != "1")
+                return false;
+            const QString driver = QFileInfo(folder + QStringLiteral("/device/driver")).canonicalFilePath();
+            const QString name = QFileInfo(driver).fileName();
+            return name != QLatin1String("virtio_blk") && name != QLatin1String("vbd")
+                && name != QLatin1String("xen-blkfront");
+        }
         folder = QFileInfo(folder).path();
     }
     return false;
