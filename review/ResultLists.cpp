@@ -54,10 +54,11 @@ QList<DuplicateGroupPtr>& ResultLists::filteredDuplicateArray(QList<DuplicateGro
         });
     }
     if (!searchText.isEmpty() && !groups.isEmpty()) {
-        groups.removeIf([this](const DuplicateGroupPtr& group) {
+        const QString needle = TextCompare::foldedNeedle(searchText);
+        groups.removeIf([&needle](const DuplicateGroupPtr& group) {
             const QList<DuplicateFilePtr>& files = group->listAll();
-            return std::none_of(files.begin(), files.end(), [this](const DuplicateFilePtr& file) {
-                return TextCompare::containsIgnoringCase(PathBytes::display(file->urlFile()), searchText);
+            return std::none_of(files.begin(), files.end(), [&needle](const DuplicateFilePtr& file) {
+                return TextCompare::containsFolded(PathBytes::display(file->urlFile()), needle);
             });
         });
     }
@@ -68,14 +69,18 @@ QList<DuplicateGroupPtr>& ResultLists::sortedDuplicateArray(QList<DuplicateGroup
     const bool descending = typesortorder != Ascending;
     switch (typesort) {
     case OriginalFilename: {
-        // A key-based sort: equal names keep their order in both directions.
-        std::stable_sort(
-            groups.begin(), groups.end(), [descending](const DuplicateGroupPtr& a, const DuplicateGroupPtr& b) {
-                const int order = TextCompare::caseInsensitiveCompare(
-                    PathBytes::display(PathBytes::lastPathComponent(a->original())),
-                    PathBytes::display(PathBytes::lastPathComponent(b->original())));
-                return descending ? order > 0 : order < 0;
-            });
+        // Each name is folded once, not once per comparison; equal names keep their order in both
+        // directions.
+        QList<std::pair<QList<char32_t>, DuplicateGroupPtr>> keyed;
+        keyed.reserve(groups.size());
+        for (const DuplicateGroupPtr& group : std::as_const(groups))
+            keyed.append(
+                { TextCompare::caseInsensitiveKey(PathBytes::display(PathBytes::lastPathComponent(group->original()))),
+                    group });
+        std::stable_sort(keyed.begin(), keyed.end(),
+            [descending](const auto& a, const auto& b) { return descending ? b.first < a.first : a.first < b.first; });
+        for (qsizetype i = 0; i < keyed.size(); ++i)
+            groups[i] = keyed[i].second;
         return groups;
     }
     case DuplicateType: {

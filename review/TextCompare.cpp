@@ -69,10 +69,27 @@ int caseInsensitiveCompare(const QString& a, const QString& b) {
 }
 
 bool containsIgnoringCase(const QString& haystack, const QString& needle) {
-    if (needle.isEmpty())
+    return containsFolded(haystack, foldedNeedle(needle));
+}
+
+QString foldedNeedle(const QString& needle) {
+    return needle.normalized(QString::NormalizationForm_C).toCaseFolded();
+}
+
+bool containsFolded(const QString& haystack, const QString& foldedNeedle) {
+    if (foldedNeedle.isEmpty())
         return false;
-    const QString folded = haystack.normalized(QString::NormalizationForm_C).toCaseFolded();
-    return folded.contains(needle.normalized(QString::NormalizationForm_C).toCaseFolded(), Qt::CaseSensitive);
+    // Plain ASCII texts need no normalisation; folding them is lower-casing.
+    bool ascii = true;
+    for (const QChar c : haystack) {
+        if (c.unicode() >= 0x80) {
+            ascii = false;
+            break;
+        }
+    }
+    const QString folded
+        = ascii ? haystack.toLower() : haystack.normalized(QString::NormalizationForm_C).toCaseFolded();
+    return folded.contains(foldedNeedle, Qt::CaseSensitive);
 }
 
 } // namespace TextCompare

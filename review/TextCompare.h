@@ -18,5 +18,9 @@ QList<char32_t> caseInsensitiveKey(const QString& text);
 // Plain substring test ignoring case: both texts composed (NFC) and case folded. No wildcards; the
 // needle is taken as it stands, and an empty needle matches nothing.
 bool containsIgnoringCase(const QString& haystack, const QString& needle);
+// The needle as containsFolded takes it, folded once for a whole search.
+QString foldedNeedle(const QString& needle);
+// containsIgnoringCase with a needle already folded by foldedNeedle.
+bool containsFolded(const QString& haystack, const QString& foldedNeedle);
 
 } // namespace TextCompare
