@@ -23,6 +23,10 @@ QAction* addItem(QMenu* menu, const QString& title, int tag, const QKeySequence&
     action->setProperty(kTag, tag);
     if (!shortcut.isEmpty())
         action->setShortcut(shortcut);
+    // Quitting, Preferences and minimizing answer their keys in every window of the program (the
+    // Preferences window included); the other items act on the main window and keep to it.
+    if (tag == MenuRules::Quit || tag == MenuRules::Preferences || tag == MenuRules::Minimize)
+        action->setShortcutContext(Qt::ApplicationShortcut);
     return action;
 }
 

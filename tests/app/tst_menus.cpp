@@ -1,6 +1,7 @@
 #include "AppFixture.h"
 
 #include "app/AppMenus.h"
+#include "app/MainWindow.h"
 #include "app/MenuRules.h"
 #include "app/PreferenceWindow.h"
 #include "review/resultView.h"
@@ -43,6 +44,17 @@ private slots:
         f.app->showPreferences();
         QCOMPARE(f.app->setting()->sizeSlider->value(), moved);
         window->close();
+    }
+
+    // Ctrl+Q quits from the Preferences window too.
+    void quitFromPreferences() {
+        AppFixture f;
+        f.app->window()->show();
+        f.app->showPreferences();
+        QVERIFY(QTest::qWaitForWindowExposed(f.app->setting()));
+        QSignalSpy closed(f.app->window(), &MainWindow::closed);
+        QTest::keyClick(f.app->setting(), Qt::Key_Q, Qt::ControlModifier);
+        QTRY_COMPARE(closed.count(), 1);
     }
 
     // Edit > Undo Last Removal says so when the journal holds nothing to undo.
