@@ -13,6 +13,7 @@
 #include <QDragEnterEvent>
 #include <QFile>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QListView>
 #include <QMimeData>
@@ -68,8 +69,12 @@ mainView::mainView(AppDelegate& appDel, QWidget* parent)
     m_mainScanList->setObjectName(QStringLiteral("mainScanList"));
     m_mainScanList->setModel(m_model);
     m_mainScanList->setItemDelegate(m_delegate);
-    m_mainScanList->setSelectionMode(QAbstractItemView::NoSelection);
-    m_mainScanList->setFocusPolicy(Qt::NoFocus);
+    // Usable from the keyboard: Tab reaches the list, the arrows move through it, Delete (or
+    // Backspace) removes the current row.
+    m_mainScanList->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_mainScanList->setFocusPolicy(Qt::StrongFocus);
+    m_mainScanList->setAccessibleName(QStringLiteral("Folders to scan"));
+    m_mainScanList->installEventFilter(this);
     m_mainScanList->setMouseTracking(true);
     m_mainScanList->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_mainScanList->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -200,6 +205,18 @@ void mainView::checkAndReloadTableView(const QList<QByteArray>& paths) {
     m_model->addFolders(resolvedTargets(paths));
     updateHint();
     m_appDel.makeToolbarItem(folderList().isEmpty() ? 0 : 1);
+}
+
+bool mainView::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_mainScanList && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        const int row = m_mainScanList->currentIndex().row();
+        if ((key == Qt::Key_Delete || key == Qt::Key_Backspace) && row >= 0) {
+            removeFromList(row);
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void mainView::removeFromList(int tag) {

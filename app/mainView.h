@@ -60,6 +60,7 @@ public:
     static QList<QByteArray> resolvedTargets(const QList<QByteArray>& paths);
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;

@@ -47,6 +47,21 @@ class TestSetupScreen : public QObject {
     Q_OBJECT
 
 private slots:
+    // The list works from the keyboard: the arrows pick a row and Delete removes it.
+    void deleteRemovesTheCurrentRow() {
+        AppFixture f;
+        TempTree tree;
+        tree.folder("one");
+        tree.folder("two");
+        f.setup()->checkAndReloadTableView({ tree.path("one"), tree.path("two") });
+        QListView* list = f.setup()->mainScanList();
+        QCOMPARE(list->focusPolicy(), Qt::StrongFocus);
+        list->setCurrentIndex(list->model()->index(0, 0));
+        QTest::keyClick(list, Qt::Key_Down);
+        QTest::keyClick(list, Qt::Key_Delete);
+        QCOMPARE(f.setup()->folderList(), QList<QByteArray> { tree.path("one") });
+    }
+
     void dropsTakeFoldersOnly_data() {
         QTest::addColumn<QList<QByteArray>>("items"); // relative to the tree; "http:" rows are URLs
         QTest::addColumn<bool>("accepted");
