@@ -109,6 +109,25 @@ QString PreferenceWindow::sizeText(double position) {
 
 namespace {
 
+// A table of folders, one per row, that takes folders dropped on it.
+void setUpFolderTable(QTableView* table, QAbstractItemModel* model) {
+    table->setModel(model);
+    table->horizontalHeader()->hide();
+    table->horizontalHeader()->setStretchLastSection(true);
+    table->verticalHeader()->hide();
+    table->verticalHeader()->setDefaultSectionSize(24);
+    table->setShowGrid(false);
+    table->setAlternatingRowColors(true);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    table->setTextElideMode(Qt::ElideMiddle);
+    table->setIconSize(QSize(16, 16));
+    table->setAcceptDrops(true);
+    table->setDragDropMode(QAbstractItemView::DropOnly);
+    table->setDropIndicatorShown(false);
+    table->setDefaultDropAction(Qt::CopyAction);
+}
+
 QList<int> selectedRows(QTableView* table) {
     QList<int> rows;
     for (const QModelIndex& index : table->selectionModel()->selectedRows())
@@ -175,21 +194,7 @@ QWidget* PreferenceWindow::makeSettingsTab() {
     layout->addWidget(heading(tr("Ignore these folders")));
     m_folderModel = new IgnoredFolderModel(this);
     ignoreScrollview = new QTableView;
-    ignoreScrollview->setModel(m_folderModel);
-    ignoreScrollview->horizontalHeader()->hide();
-    ignoreScrollview->horizontalHeader()->setStretchLastSection(true);
-    ignoreScrollview->verticalHeader()->hide();
-    ignoreScrollview->verticalHeader()->setDefaultSectionSize(24);
-    ignoreScrollview->setShowGrid(false);
-    ignoreScrollview->setAlternatingRowColors(true);
-    ignoreScrollview->setSelectionBehavior(QAbstractItemView::SelectRows);
-    ignoreScrollview->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    ignoreScrollview->setTextElideMode(Qt::ElideMiddle);
-    ignoreScrollview->setIconSize(QSize(16, 16));
-    ignoreScrollview->setAcceptDrops(true);
-    ignoreScrollview->setDragDropMode(QAbstractItemView::DropOnly);
-    ignoreScrollview->setDropIndicatorShown(false);
-    ignoreScrollview->setDefaultDropAction(Qt::CopyAction);
+    setUpFolderTable(ignoreScrollview, m_folderModel);
     layout->addWidget(ignoreScrollview, 1);
     connect(m_folderModel, &IgnoredFolderModel::foldersDropped, this, [this](const QList<QByteArray>& folders) {
         m_draggedFolders = folders;
@@ -242,19 +247,7 @@ void PreferenceWindow::makeProtectedFolders(QVBoxLayout* layout) {
     protectedFolderView = new QTableView;
     protectedFolderView->setObjectName(QStringLiteral("protectedFolderView"));
     protectedFolderView->setAccessibleName(tr("Protected folders"));
-    protectedFolderView->setModel(m_protectedModel);
-    protectedFolderView->horizontalHeader()->hide();
-    protectedFolderView->horizontalHeader()->setStretchLastSection(true);
-    protectedFolderView->verticalHeader()->hide();
-    protectedFolderView->verticalHeader()->setDefaultSectionSize(24);
-    protectedFolderView->setShowGrid(false);
-    protectedFolderView->setAlternatingRowColors(true);
-    protectedFolderView->setSelectionBehavior(QAbstractItemView::SelectRows);
-    protectedFolderView->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    protectedFolderView->setTextElideMode(Qt::ElideMiddle);
-    protectedFolderView->setIconSize(QSize(16, 16));
-    protectedFolderView->setAcceptDrops(true);
-    protectedFolderView->setDragDropMode(QAbstractItemView::DropOnly);
+    setUpFolderTable(protectedFolderView, m_protectedModel);
     protectedFolderView->setFixedHeight(84);
     layout->addWidget(protectedFolderView);
 

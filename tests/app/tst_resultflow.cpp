@@ -285,10 +285,13 @@ private slots:
         // Each item waits, once checked, until the test lets it go.
         QSemaphore inHand;
         QSemaphore goOn;
-        RemovalActions::setCheckedHook([&](const QByteArray&) {
-            inHand.release();
-            goOn.tryAcquire(1, 10000);
-        });
+        const auto holdEachItem = [&] {
+            RemovalActions::setCheckedHook([&](const QByteArray&) {
+                inHand.release();
+                goOn.tryAcquire(1, 10000);
+            });
+        };
+        holdEachItem();
         DeletingPanel* sheet = road.openReview();
         f.prompter.expectAlert(Prompter::FirstButton, false, 1); // delete for good
         QTest::mouseClick(sheet->tDelete(), Qt::LeftButton);
@@ -323,10 +326,7 @@ private slots:
         // Quitting during a removal with "Quit" waits for the item in hand, and starts no other.
         road.screen->autoSelectItem(Selection::keepOldestTitle())->trigger();
         const QMap<QByteArray, QByteArray> second = snapshot(road.tree.root());
-        RemovalActions::setCheckedHook([&](const QByteArray&) {
-            inHand.release();
-            goOn.tryAcquire(1, 10000);
-        });
+        holdEachItem();
         sheet = road.openReview();
         f.prompter.expectAlert(Prompter::FirstButton, false, 1);
         QTest::mouseClick(sheet->tDelete(), Qt::LeftButton);
