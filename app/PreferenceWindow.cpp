@@ -21,6 +21,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QShortcut>
 #include <QSlider>
 #include <QTabWidget>
@@ -69,7 +70,13 @@ PreferenceWindow::PreferenceWindow(ScanSettings& settings, SettingsStore& store,
 
     tabView = new QTabWidget(this);
     tabView->setStyleSheet(QStringLiteral("QTabWidget::tab-bar { alignment: center; }"));
-    FirstTab = makeSettingsTab();
+    // The general settings scroll when they are taller than the window (and on small screens).
+    auto* settingsScroller = new QScrollArea;
+    settingsScroller->setWidget(makeSettingsTab());
+    settingsScroller->setWidgetResizable(true);
+    settingsScroller->setFrameShape(QFrame::NoFrame);
+    settingsScroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    FirstTab = settingsScroller;
     SecondTab = makeAboutTab();
     tabView->addTab(FirstTab, tr("General"));
     tabView->addTab(SecondTab, tr("About"));
@@ -195,7 +202,8 @@ QWidget* PreferenceWindow::makeSettingsTab() {
     m_folderModel = new IgnoredFolderModel(this);
     ignoreScrollview = new QTableView;
     setUpFolderTable(ignoreScrollview, m_folderModel);
-    layout->addWidget(ignoreScrollview, 1);
+    ignoreScrollview->setFixedHeight(104);
+    layout->addWidget(ignoreScrollview);
     connect(m_folderModel, &IgnoredFolderModel::foldersDropped, this, [this](const QList<QByteArray>& folders) {
         m_draggedFolders = folders;
         const QString index = QString::number(m_settings.ignoreFolderList.size());
@@ -239,6 +247,7 @@ QWidget* PreferenceWindow::makeSettingsTab() {
     cacheRow->addWidget(clearCacheButton);
     layout->addLayout(cacheRow);
     connect(clearCacheButton, &QPushButton::clicked, this, &PreferenceWindow::clearCache);
+    layout->addStretch(1);
     return tab;
 }
 
@@ -248,7 +257,7 @@ void PreferenceWindow::makeProtectedFolders(QVBoxLayout* layout) {
     protectedFolderView->setObjectName(QStringLiteral("protectedFolderView"));
     protectedFolderView->setAccessibleName(tr("Protected folders"));
     setUpFolderTable(protectedFolderView, m_protectedModel);
-    protectedFolderView->setFixedHeight(84);
+    protectedFolderView->setFixedHeight(72);
     layout->addWidget(protectedFolderView);
 
     const auto addFolders = [this](const QList<QByteArray>& folders) {
