@@ -84,7 +84,8 @@ void AppDelegate::returnFromReview(const RemovalReview::CloseDecision& decision)
     }
     // After a removal the review has rebuilt the displayed list and the tables follow it; with
     // nothing removed only the chosen marks may have changed, and the user keeps their place.
-    if (decision.listChanged)
+    // A list still being rebuilt in the background reloads the table when it is in place.
+    if (decision.listChanged && !m_lists.isBusy())
         m_resultViewObj->reloadMainList();
     else
         m_resultViewObj->reloadRow();

@@ -92,6 +92,8 @@ void AppDelegate::AfterScanningDone() {
     setProgressData();
     setProgressScanning(1.0);
     m_driver->AfterScanningDone();
+    // What the first list needs is worked out while the user reads the scan's figures.
+    m_lists.prepare();
     makeToolbarItem(m_state.duplicateMainArray.isEmpty() ? 3 : 4);
 }
 

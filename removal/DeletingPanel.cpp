@@ -4,6 +4,7 @@
 #include "controls/StripedProgressBar.h"
 #include "engine/ScanState.h"
 #include "removal/RemovalListModel.h"
+#include "removal/RemovalPlan.h"
 #include "removal/RemovalRowDelegate.h"
 #include "removal/RemovalWorker.h"
 #include "removal/congoPanel.h"
@@ -129,6 +130,7 @@ DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists
     m_current->setStyleSheet(QStringLiteral("color: #6b727b;"));
     m_current->hide();
     column->insertWidget(2, m_current);
+    m_planPool.setMaxThreadCount(1);
     m_progressTimer.setInterval(progressIntervalMs);
     connect(&m_progressTimer, &QTimer::timeout, this, &DeletingPanel::updateStatus);
     loadAllData();
@@ -138,13 +140,41 @@ DeletingPanel::~DeletingPanel() {
     // The item in hand is finished; nothing after it is started.
     if (m_worker)
         m_worker->cancel();
+    m_planPool.waitForDone();
 }
 
 void DeletingPanel::loadAllData() {
-    m_review.updatePlan();
+    checkPlan();
     m_model->reload();
     m_tableDeletefileList->scrollToTop();
     updateStatus();
+}
+
+void DeletingPanel::checkPlan() {
+    const quint64 generation = ++m_planGeneration;
+    if (m_review.numberOfRows() < planInBackgroundFrom) {
+        m_checking = false;
+        m_review.updatePlan();
+        return;
+    }
+    m_checking = true;
+    // The plan reads copies of the lists; the groups do not change while the sheet is open.
+    m_planPool.start([this, generation, chosen = m_selection.duplicateSelectedArray,
+                         groups = m_state.duplicateMainArray, protectedFolders = m_state.settings.protectedFolderList] {
+        auto plan = std::make_shared<const RemovalPlan>(chosen, groups, protectedFolders);
+        // Handed over on the sheet's thread; the sheet waits for this pool before it goes.
+        QMetaObject::invokeMethod(
+            this,
+            [this, generation, plan] {
+                if (generation != m_planGeneration)
+                    return;
+                m_checking = false;
+                m_review.takePlan(*plan);
+                m_model->reload();
+                updateStatus();
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 void DeletingPanel::updateStatus() {
@@ -164,6 +194,11 @@ void DeletingPanel::updateStatus() {
     const qsizetype rows = m_review.numberOfRows();
     QString text = rows == 1 ? QStringLiteral("1 file")
                              : QStringLiteral("%1 files").arg(StatusTexts::decimalNumber(static_cast<qint64>(rows)));
+    if (m_checking) {
+        m_status->setText(text + QStringLiteral(", checking which must stay…"));
+        m_tDelete->setEnabled(false);
+        return;
+    }
     // Files the removal will not touch, so that every content keeps a copy, are said before asking.
     if (const qsizetype left = m_review.leftCount())
         text += QStringLiteral(", %1 left alone to keep a copy of every content")
@@ -175,7 +210,9 @@ void DeletingPanel::updateStatus() {
 void DeletingPanel::removefromlist(int row) {
     if (m_worker)
         return;
-    const std::optional<RemovalReview::CloseDecision> decision = m_review.removefromlist(row);
+    const std::optional<RemovalReview::CloseDecision> decision = m_review.removefromlist(row, false);
+    if (!decision)
+        checkPlan();
     m_model->reload();
     updateStatus();
     if (decision)
@@ -183,7 +220,7 @@ void DeletingPanel::removefromlist(int row) {
 }
 
 void DeletingPanel::removeSelectedFiles() {
-    if (m_worker || m_review.numberOfRows() == 0)
+    if (m_worker || m_checking || m_review.numberOfRows() == 0)
         return;
     const std::optional<RemovalActions::Action> action = m_review.askConfirmation(m_prompter);
     if (!action)
@@ -213,7 +250,8 @@ bool DeletingPanel::stopRemoval(int timeoutMs) {
 
 void DeletingPanel::removalFinished() {
     m_progressTimer.stop();
-    m_review.lastOutcomes = m_worker->outcomes();
+    m_lastOutcomes = m_worker->outcomes();
+    m_review.lastOutcomes = m_lastOutcomes;
     m_worker.reset();
     setRemoving(false);
     // The groups and totals are brought up to date once, for the whole run.

@@ -6,6 +6,7 @@
 
 #include <QDialog>
 #include <QPointer>
+#include <QThreadPool>
 #include <QTimer>
 #include <QUrl>
 #include <functional>
@@ -50,7 +51,14 @@ public:
     QLabel* statusText() const { return m_status; }
     congoPanel* CongoPanelObj() const { return m_CongoPanelObj; }
     bool isRemoving() const { return m_worker != nullptr; }
+    // Whether the plan of a long list is still being worked out (Remove Selected waits for it).
+    bool isChecking() const { return m_checking; }
+    // Lists from this many rows have their plan worked out on another thread.
+    static constexpr qsizetype planInBackgroundFrom = 20000;
     QLabel* currentItemText() const { return m_current; }
+    // What the last removal did with each item it was given: done, or left with the reason (the
+    // items a Cancel kept it from reaching say "cancelled").
+    const QList<RemovalActions::Outcome>& lastOutcomes() const { return m_lastOutcomes; }
 
     // Opens the URLs of the completion panel's share menu.
     std::function<bool(const QUrl&)> openUrl;
@@ -89,6 +97,9 @@ private:
     void removalFinished();
     void updateStatus();
     void setRemoving(bool removing);
+    // Works out which listed files the removal will leave alone: at once for a short list, on
+    // another thread for a long one.
+    void checkPlan();
 
     RemovalReview m_review;
     Selection& m_selection;
@@ -96,7 +107,11 @@ private:
     QList<FileDictionary>& m_SelectedFileFolderArray;
     Prompter& m_prompter;
     std::unique_ptr<RemovalWorker> m_worker;
+    QList<RemovalActions::Outcome> m_lastOutcomes;
     QTimer m_progressTimer;
+    QThreadPool m_planPool;
+    quint64 m_planGeneration = 0;
+    bool m_checking = false;
 
     RemovalListModel* m_model;
     RemovalRowDelegate* m_rowDelegate;

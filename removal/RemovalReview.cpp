@@ -29,9 +29,12 @@ DuplicateFilePtr RemovalReview::fileAtRow(qsizetype row) const {
 }
 
 void RemovalReview::updatePlan() {
+    takePlan(RemovalPlan(
+        m_selection.duplicateSelectedArray, m_state.duplicateMainArray, m_state.settings.protectedFolderList));
+}
+
+void RemovalReview::takePlan(const RemovalPlan& plan) {
     m_leftReasons.clear();
-    const RemovalPlan plan(
-        m_selection.duplicateSelectedArray, m_state.duplicateMainArray, m_state.settings.protectedFolderList);
     for (const RemovalPlan::Item& item : plan.items()) {
         if (item.isLeft())
             m_leftReasons.emplace(item.file.get(), item.leftReason);
@@ -44,11 +47,12 @@ QString RemovalReview::leftReasonAtRow(qsizetype row) const {
     return found == m_leftReasons.end() ? QString() : found->second;
 }
 
-std::optional<RemovalReview::CloseDecision> RemovalReview::removefromlist(qsizetype row) {
+std::optional<RemovalReview::CloseDecision> RemovalReview::removefromlist(qsizetype row, bool replan) {
     if (row < 0 || row >= numberOfRows())
         return std::nullopt;
     m_selection.duplicateSelectedArray.removeAt(row);
-    updatePlan();
+    if (replan)
+        updatePlan();
     if (m_selection.duplicateSelectedArray.isEmpty())
         return closewindow(false);
     return std::nullopt;
@@ -125,6 +129,8 @@ RemovalReview::CloseDecision RemovalReview::refreshAndReload() {
         }
     }
     lastOutcomes.clear();
+    // Nothing may read the groups on another thread while they change.
+    m_lists.resultWillChange();
     QList<DuplicateGroupPtr>& groups = m_state.duplicateMainArray;
 
     // Each listed record's group, found once. Instead of taking a changed group out of the list and
@@ -206,7 +212,7 @@ RemovalReview::CloseDecision RemovalReview::closewindow(bool listChanged) {
         return decision;
     }
     if (listChanged)
-        m_lists.getDiplayListAndReloadMainList();
+        m_lists.rebuildDisplayList();
     decision.typetoolbar = m_selection.toolbarState();
     return decision;
 }

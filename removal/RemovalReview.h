@@ -11,6 +11,7 @@
 struct ScanState;
 class Selection;
 class ResultLists;
+class RemovalPlan;
 
 // The removal review behind the review sheet: its rows are the chosen files
 // (`duplicateSelectedArray`), single rows can be dropped, and after one confirmation one action
@@ -40,13 +41,16 @@ public:
     // Works out again which listed files the removal will leave alone, and why (see RemovalPlan),
     // so the sheet can show them before the question is asked. Call after the list changed.
     void updatePlan();
+    // The same from a plan worked out elsewhere (on another thread, from the same choice).
+    void takePlan(const RemovalPlan& plan);
     // Why the file of a row will be left alone; empty when it will be acted on.
     QString leftReasonAtRow(qsizetype row) const;
     qsizetype leftCount() const { return static_cast<qsizetype>(m_leftReasons.size()); }
 
-    // A row's remove button: the file leaves the selection (not its group). When the list is then
-    // empty the sheet closes.
-    std::optional<CloseDecision> removefromlist(qsizetype row);
+    // A row's remove button: the file leaves the selection (not its group), and the plan is worked
+    // out again unless `replan` is false (the caller does it). When the list is then empty the sheet
+    // closes.
+    std::optional<CloseDecision> removefromlist(qsizetype row, bool replan = true);
 
     // "Remove Selected": asks the confirmation (pop-up of the five actions, "Yes" / "No"). On "Yes"
     // runs the chosen action and refreshAndReload and answers how the sheet closes; on "No" changes
@@ -68,7 +72,8 @@ public:
     // closes.
     CloseDecision refreshAndReload();
     // How the sheet closes now (rebuilds the displayed list when groups are left and the list
-    // changed; "Cancel" and dropping the last row change nothing on the result screen).
+    // changed, in the background for a large result; "Cancel" and dropping the last row change
+    // nothing on the result screen).
     CloseDecision closewindow(bool listChanged = true);
 
     // The outcome of the last action run, one entry per listed file.

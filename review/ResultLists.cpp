@@ -1,17 +1,140 @@
 #include "review/ResultLists.h"
 
 #include "base/Log.h"
-#include "base/PathBytes.h"
 #include "engine/ScanState.h"
+#include "review/ResultIndex.h"
 #include "review/Selection.h"
 #include "review/TextCompare.h"
 
-#include <algorithm>
-#include <functional>
+#include <QMutex>
+#include <QMutexLocker>
+#include <numeric>
+
+// What is worked out for one state of the groups, shared by the rebuilds on either thread.
+struct ResultLists::Work {
+    QMutex mutex;
+    // The groups it was worked out from, to notice a list changed without resultWillChange.
+    const DuplicateGroupPtr* groupsData = nullptr;
+    qsizetype groupsSize = -1;
+    // Set when the groups change: even the index stops then.
+    std::atomic<bool> dropped { false };
+    std::shared_ptr<const ResultIndex> index;
+    // The orders of keys 0 to 3, ascending and descending; key 4 follows the selection and is
+    // worked out for each rebuild.
+    std::shared_ptr<const std::vector<quint32>> orders[4][2];
+    QString needle;
+    std::shared_ptr<const std::vector<bool>> matches;
+};
+
+struct ResultLists::Request {
+    QList<DuplicateGroupPtr> groups;
+    quint64 key = 0;
+    bool descending = false;
+    quint64 typefilter = AllTypes;
+    QString needle; // folded
+    QList<DuplicateFilePtr> chosen; // for key 4
+};
+
+namespace {
+
+// The rows of one rebuild; nothing when `stop` turned true first.
+std::optional<std::vector<quint32>> rowsFor(
+    ResultLists::Work& work, const ResultLists::Request& request, const std::atomic<bool>& stop) {
+    std::shared_ptr<const ResultIndex> index;
+    {
+        QMutexLocker lock(&work.mutex);
+        index = work.index;
+    }
+    if (!index) {
+        index = ResultIndex::make(request.groups, work.dropped);
+        if (!index)
+            return std::nullopt;
+        QMutexLocker lock(&work.mutex);
+        work.index = index;
+    }
+
+    std::shared_ptr<const std::vector<quint32>> order;
+    const bool kept = request.key < 4;
+    if (kept) {
+        QMutexLocker lock(&work.mutex);
+        order = work.orders[request.key][request.descending];
+    }
+    if (!order) {
+        std::unordered_set<const duplicateFile*> chosen;
+        if (request.key == ResultLists::DuplicateSelected) {
+            chosen.reserve(static_cast<size_t>(request.chosen.size()));
+            for (const DuplicateFilePtr& file : request.chosen)
+                chosen.insert(file.get());
+        }
+        std::optional<std::vector<quint32>> made
+            = index->order(request.groups, request.key, request.descending, chosen, stop);
+        if (!made && request.key <= ResultLists::DuplicateSelected)
+            return std::nullopt;
+        if (!made) { // an unknown key leaves the groups in their order
+            made.emplace(static_cast<size_t>(index->size()));
+            std::iota(made->begin(), made->end(), quint32(0));
+        }
+        order = std::make_shared<const std::vector<quint32>>(std::move(*made));
+        if (kept) {
+            QMutexLocker lock(&work.mutex);
+            work.orders[request.key][request.descending] = order;
+        }
+    }
+
+    std::shared_ptr<const std::vector<bool>> matches;
+    if (!request.needle.isEmpty()) {
+        std::shared_ptr<const std::vector<bool>> within;
+        {
+            QMutexLocker lock(&work.mutex);
+            if (work.needle == request.needle)
+                matches = work.matches;
+            else if (!work.needle.isEmpty() && work.matches && request.needle.contains(work.needle))
+                within = work.matches;
+        }
+        if (!matches) {
+            std::optional<std::vector<bool>> made = index->matching(request.groups, request.needle, within.get(), stop);
+            if (!made)
+                return std::nullopt;
+            matches = std::make_shared<const std::vector<bool>>(std::move(*made));
+            QMutexLocker lock(&work.mutex);
+            work.needle = request.needle;
+            work.matches = matches;
+        }
+    }
+
+    std::vector<quint32> rows;
+    rows.reserve(order->size());
+    const bool allTypes = request.typefilter == ResultLists::AllTypes;
+    for (const quint32 group : *order) {
+        if (!allTypes) {
+            const std::optional<int>& type = index->typeAt(group);
+            if (!type || static_cast<quint64>(*type) != request.typefilter)
+                continue;
+        }
+        if (matches && !(*matches)[group])
+            continue;
+        rows.push_back(group);
+    }
+    return rows;
+}
+
+} // namespace
 
 ResultLists::ResultLists(ScanState& state, const Selection& selection)
     : m_state(state)
-    , m_selection(selection) { }
+    , m_selection(selection)
+    , m_work(std::make_shared<Work>())
+    , m_receiver(std::make_unique<QObject>()) {
+    // One rebuild at a time: a newer one waits behind an older one, which stops early.
+    m_pool.setMaxThreadCount(1);
+}
+
+ResultLists::~ResultLists() {
+    m_work->dropped = true;
+    if (m_stopCurrent)
+        *m_stopCurrent = true;
+    m_pool.waitForDone();
+}
 
 void ResultLists::resetSortAndFilter() {
     typesort = OriginalFilename;
@@ -32,97 +155,123 @@ bool ResultLists::sortDuplicatesFor(quint64 tag) {
     return true;
 }
 
-bool ResultLists::filterUsingTypeAction(quint64 tag) {
+bool ResultLists::setTypeFilter(quint64 tag) {
     if (tag == typefilter)
         return false;
     typefilter = tag;
+    return true;
+}
+
+bool ResultLists::filterUsingTypeAction(quint64 tag) {
+    if (!setTypeFilter(tag))
+        return false;
     getDiplayListAndReloadMainList();
     return true;
 }
 
+ResultLists::Request ResultLists::request() const {
+    Request request;
+    request.groups = m_state.duplicateMainArray;
+    request.key = typesort;
+    request.descending = typesortorder != Ascending;
+    request.typefilter = typefilter;
+    if (!searchText.isEmpty())
+        request.needle = TextCompare::foldedNeedle(searchText);
+    if (typesort == DuplicateSelected)
+        request.chosen = m_selection.duplicateSelectedArray;
+    return request;
+}
+
+void ResultLists::forgetIfChanged() {
+    const QList<DuplicateGroupPtr>& groups = m_state.duplicateMainArray;
+    if (m_work->groupsData == groups.constData() && m_work->groupsSize == groups.size())
+        return;
+    resultWillChange();
+    m_work->groupsData = groups.constData();
+    m_work->groupsSize = groups.size();
+}
+
+bool ResultLists::isQuick(const Request& request) const {
+    if (request.groups.size() < kBackgroundFrom)
+        return true;
+    QMutexLocker lock(&m_work->mutex);
+    return m_work->index && request.key < 4 && m_work->orders[request.key][request.descending]
+        && (request.needle.isEmpty() || request.needle == m_work->needle);
+}
+
 void ResultLists::getDiplayListAndReloadMainList() {
-    selectedMain = 0;
-    duplicateDisplayArray = m_state.duplicateMainArray;
-    filteredDuplicateArray(duplicateDisplayArray);
-    sortedDuplicateArray(duplicateDisplayArray);
-}
-
-QList<DuplicateGroupPtr>& ResultLists::filteredDuplicateArray(QList<DuplicateGroupPtr>& groups) const {
-    if (typefilter != AllTypes) {
-        groups.removeIf([this](const DuplicateGroupPtr& group) {
-            return !group->type() || static_cast<quint64>(*group->type()) != typefilter;
-        });
-    }
-    if (!searchText.isEmpty() && !groups.isEmpty()) {
-        const QString needle = TextCompare::foldedNeedle(searchText);
-        groups.removeIf([&needle](const DuplicateGroupPtr& group) {
-            const QList<DuplicateFilePtr>& files = group->listAll();
-            return std::none_of(files.begin(), files.end(), [&needle](const DuplicateFilePtr& file) {
-                return TextCompare::containsFolded(PathBytes::display(file->urlFile()), needle);
-            });
-        });
-    }
-    return groups;
-}
-
-QList<DuplicateGroupPtr>& ResultLists::sortedDuplicateArray(QList<DuplicateGroupPtr>& groups) const {
-    const bool descending = typesortorder != Ascending;
-    switch (typesort) {
-    case OriginalFilename: {
-        // Each name is folded once, not once per comparison; equal names keep their order in both
-        // directions.
-        QList<std::pair<QList<char32_t>, DuplicateGroupPtr>> keyed;
-        keyed.reserve(groups.size());
-        for (const DuplicateGroupPtr& group : std::as_const(groups))
-            keyed.append(
-                { TextCompare::caseInsensitiveKey(PathBytes::display(PathBytes::lastPathComponent(group->original()))),
-                    group });
-        std::stable_sort(keyed.begin(), keyed.end(),
-            [descending](const auto& a, const auto& b) { return descending ? b.first < a.first : a.first < b.first; });
-        for (qsizetype i = 0; i < keyed.size(); ++i)
-            groups[i] = keyed[i].second;
-        return groups;
-    }
-    case DuplicateType: {
-        // An unset type sorts below every number.
-        std::stable_sort(
-            groups.begin(), groups.end(), [descending](const DuplicateGroupPtr& a, const DuplicateGroupPtr& b) {
-                return descending ? b->type() < a->type() : a->type() < b->type();
-            });
-        return groups;
-    }
-    case WastedSize:
-    case DuplicateCount:
-    case DuplicateSelected:
-        break;
-    default:
+    forgetIfChanged();
+    if (m_stopCurrent)
+        *m_stopCurrent = true;
+    ++m_generation;
+    m_busy = false;
+    if (typesort > DuplicateSelected)
         Log::line(QStringLiteral("error"));
-        return groups;
+    const Request now = request();
+    const std::atomic<bool> never { false };
+    selectedMain = 0;
+    duplicateDisplayArray = DisplayList(now.groups, rowsFor(*m_work, now, never).value_or(std::vector<quint32>()));
+}
+
+bool ResultLists::rebuildDisplayList() {
+    forgetIfChanged();
+    if (isQuick(request())) {
+        getDiplayListAndReloadMainList();
+        return true;
     }
+    if (typesort > DuplicateSelected)
+        Log::line(QStringLiteral("error"));
+    if (m_stopCurrent)
+        *m_stopCurrent = true;
+    auto stop = std::make_shared<std::atomic<bool>>(false);
+    m_stopCurrent = stop;
+    const quint64 generation = ++m_generation;
+    m_busy = true;
+    m_pool.start([this, work = m_work, request = request(), stop, generation, receiver = m_receiver.get()] {
+        std::optional<std::vector<quint32>> rows = rowsFor(*work, request, *stop);
+        if (!rows)
+            return;
+        // Handed over on the lists' own thread, where a newer rebuild or a change of the result makes
+        // this one stale; the receiver is deleted only after the pool has finished.
+        QMetaObject::invokeMethod(
+            receiver,
+            [this, groups = request.groups, rows = std::move(*rows), generation]() mutable {
+                if (generation != m_generation)
+                    return;
+                m_busy = false;
+                selectedMain = 0;
+                duplicateDisplayArray = DisplayList(groups, std::move(rows));
+                if (m_listener && m_listenerContext)
+                    m_listener();
+            },
+            Qt::QueuedConnection);
+    });
+    return false;
+}
 
-    // Key 4 counts through one set of the chosen records made for the whole sort: going through the
-    // selection once per group would take quadratic time on large results.
-    const std::unordered_set<const duplicateFile*> chosen
-        = typesort == DuplicateSelected ? m_selection.chosenSet() : std::unordered_set<const duplicateFile*>();
-    std::function<quint64(const duplicates&)> key;
-    if (typesort == WastedSize)
-        key = [](const duplicates& g) {
-            return static_cast<quint64>(g.sizeFile()) * static_cast<quint64>(g.listAll().size());
-        };
-    else if (typesort == DuplicateCount)
-        key = [](const duplicates& g) { return static_cast<quint64>(g.listAll().size()); };
-    else
-        key = [&chosen](const duplicates& g) { return static_cast<quint64>(Selection::countIn(g, chosen)); };
+void ResultLists::setDisplayListener(QObject* context, std::function<void()> listener) {
+    m_listenerContext = context;
+    m_listener = std::move(listener);
+}
 
-    // The two-outcome comparator drives the stable sort the way a merge sort applies it: the right
-    // element is placed first exactly when the comparator says the left one goes after it.
-    QList<std::pair<quint64, DuplicateGroupPtr>> keyed;
-    keyed.reserve(groups.size());
-    for (const DuplicateGroupPtr& group : groups)
-        keyed.append({ key(*group), group });
-    std::stable_sort(keyed.begin(), keyed.end(),
-        [descending](const auto& x, const auto& y) { return leftGoesAfterRight(y.first, x.first, descending); });
-    for (qsizetype i = 0; i < keyed.size(); ++i)
-        groups[i] = keyed[i].second;
-    return groups;
+void ResultLists::prepare() {
+    forgetIfChanged();
+    Request first;
+    first.groups = m_state.duplicateMainArray;
+    if (first.groups.size() < kBackgroundFrom)
+        return;
+    const auto never = std::make_shared<std::atomic<bool>>(false);
+    m_pool.start([work = m_work, first, never] { rowsFor(*work, first, *never); });
+}
+
+void ResultLists::resultWillChange() {
+    m_work->dropped = true;
+    if (m_stopCurrent)
+        *m_stopCurrent = true;
+    ++m_generation;
+    m_busy = false;
+    m_pool.waitForDone();
+    m_work = std::make_shared<Work>();
+    m_work->groupsData = m_state.duplicateMainArray.constData();
+    m_work->groupsSize = m_state.duplicateMainArray.size();
 }

@@ -63,14 +63,25 @@ QList<DuplicateFilePtr> Selection::keepRuleChoice(const duplicates& group, bool 
     return keepNewest ? files.first(files.size() - 1) : files.sliced(1);
 }
 
-void Selection::AutoSelectAction(
-    const std::optional<QString>& chosenTitle, const QList<DuplicateGroupPtr>& duplicateDisplayArray) {
+void Selection::AutoSelectAction(const std::optional<QString>& chosenTitle, const DisplayList& duplicateDisplayArray) {
     duplicateSelectedArray.clear();
     if (!chosenTitle)
         return;
     const bool keepNewest = *chosenTitle == keepNewestTitle();
-    for (const DuplicateGroupPtr& group : duplicateDisplayArray)
-        duplicateSelectedArray.append(keepRuleChoice(*group, keepNewest));
+    duplicateSelectedArray.reserve(duplicateDisplayArray.size());
+    for (const DuplicateGroupPtr& group : duplicateDisplayArray) {
+        const QList<DuplicateFilePtr>& files = group->listAll();
+        if (!m_protectedFolders.isEmpty()) {
+            duplicateSelectedArray.append(keepRuleChoice(*group, keepNewest));
+            continue;
+        }
+        // Without protected folders the rule keeps one end of the group: its files are taken as
+        // they are, without a list made for each group.
+        const auto from = files.begin() + (keepNewest || files.isEmpty() ? 0 : 1);
+        const auto to = files.end() - (keepNewest && !files.isEmpty() ? 1 : 0);
+        for (auto file = from; file < to; ++file)
+            duplicateSelectedArray.append(*file);
+    }
 }
 
 void Selection::keepSegmentAction(const duplicates& group, int segment) {

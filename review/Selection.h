@@ -1,6 +1,7 @@
 #pragma once
 
 #include "detect/duplicates.h"
+#include "review/DisplayList.h"
 
 #include <QList>
 #include <QSet>
@@ -49,8 +50,10 @@ public:
     // Empties the selection; then, when the sender is the pop-up (a title is given), chooses in every
     // displayed group all files but the last ("keep Newest") or all but the first (any other title).
     // Groups hidden by the filter or the search end with nothing chosen.
-    void AutoSelectAction(
-        const std::optional<QString>& chosenTitle, const QList<DuplicateGroupPtr>& duplicateDisplayArray);
+    void AutoSelectAction(const std::optional<QString>& chosenTitle, const DisplayList& duplicateDisplayArray);
+    void AutoSelectAction(const std::optional<QString>& chosenTitle, const QList<DuplicateGroupPtr>& groups) {
+        AutoSelectAction(chosenTitle, DisplayList(groups));
+    }
     // Within one group: segment 0 keeps all, 1 keeps the newest, anything else keeps the oldest.
     void keepSegmentAction(const duplicates& group, int segment);
     // The group check box after the user clicked it, `boxState` being the state the click left it

@@ -68,6 +68,8 @@ resultView::resultView(ResultLists& lists, Selection& selection, QWidget* parent
     m_searchDelay.setSingleShot(true);
     m_searchDelay.setInterval(kSearchDelayMs);
     connect(&m_searchDelay, &QTimer::timeout, this, &resultView::searchFilterAction);
+    // A list rebuilt on another thread is shown here once it is in place.
+    m_lists.setDisplayListener(this, [this] { reloadMainList(); });
     displayChanges();
 }
 
@@ -116,14 +118,15 @@ void resultView::resetForNewScan() {
     const QSignalBlocker quiet(m_searchfieldDuplicate);
     m_searchfieldDuplicate->clear();
     m_lists.searchText.clear();
+    m_lists.resultWillChange();
     m_lists.duplicateDisplayArray.clear();
     m_lists.selectedMain = 0;
     reloadMainList();
 }
 
 void resultView::getDiplayListAndReloadMainList() {
-    m_lists.getDiplayListAndReloadMainList();
-    reloadMainList();
+    if (m_lists.rebuildDisplayList())
+        reloadMainList();
 }
 
 void resultView::reloadMainList() {
@@ -151,13 +154,13 @@ void resultView::setSortMenuItemOnstate() {
 }
 
 void resultView::filterUsingTypeAction(QPushButton* sender) {
-    if (!m_lists.filterUsingTypeAction(sender->property("tag").toULongLong())) {
+    if (!m_lists.setTypeFilter(sender->property("tag").toULongLong())) {
         sender->setChecked(true);
         return;
     }
     for (QPushButton* button : std::as_const(m_filterButtons))
         button->setChecked(button == sender);
-    reloadMainList();
+    getDiplayListAndReloadMainList();
 }
 
 void resultView::searchFilterAction() {

@@ -77,7 +77,8 @@ public:
 
     // A fresh result: sorted by name, ascending, all types, no search text, nothing listed.
     void resetForNewScan();
-    // Rebuilds the displayed list, reloads the group table and makes its first row current.
+    // Rebuilds the displayed list, reloads the group table and makes its first row current; for a
+    // large result the table follows when the list is ready (see ResultLists::rebuildDisplayList).
     void getDiplayListAndReloadMainList();
     // The group table after the displayed list was rebuilt elsewhere.
     void reloadMainList();

@@ -10,6 +10,7 @@
 #include "removal/RemovalListModel.h"
 #include "removal/RemovalRowDelegate.h"
 #include "removal/RemovalTexts.h"
+#include "removal/RemovalWorker.h"
 #include "review/FileListModel.h"
 #include "review/GroupListModel.h"
 #include "review/PreviewView.h"
@@ -316,6 +317,17 @@ private slots:
         QCOMPARE(gone, 1);
         for (auto it = after.cbegin(); it != after.cend(); ++it)
             QCOMPARE(it.value(), before.value(it.key()));
+        // The outcome lists the item done and every other one as left, untouched.
+        const QList<RemovalActions::Outcome>& outcomes = sheet->lastOutcomes();
+        QCOMPARE(outcomes.size(), chosen.size());
+        QCOMPARE(std::count_if(outcomes.begin(), outcomes.end(), [](const auto& o) { return o.done; }), 1);
+        for (const RemovalActions::Outcome& outcome : outcomes) {
+            QVERIFY(outcome.done != outcome.left);
+            if (outcome.left) {
+                QCOMPARE(outcome.error, RemovalWorker::cancelledText());
+                QVERIFY(after.contains(outcome.file->urlFile().mid(road.tree.root().size() + 1)));
+            }
+        }
         // Only what was removed left the result.
         quint64 members = 0;
         for (const DuplicateGroupPtr& group : f.app->state().duplicateMainArray)

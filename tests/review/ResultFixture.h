@@ -3,6 +3,7 @@
 #include "base/Log.h"
 #include "detect/duplicates.h"
 #include "engine/ScanState.h"
+#include "review/DisplayList.h"
 
 #include <QStringList>
 #include <memory>
@@ -30,6 +31,9 @@ inline QStringList originalNames(const QList<DuplicateGroupPtr>& groups) {
     for (const DuplicateGroupPtr& group : groups)
         names.append(QString::fromUtf8(group->original().mid(group->original().lastIndexOf('/') + 1)));
     return names;
+}
+inline QStringList originalNames(const DisplayList& groups) {
+    return originalNames(groups.toList());
 }
 
 // Collects the log lines written while it lives.

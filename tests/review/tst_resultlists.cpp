@@ -3,6 +3,7 @@
 #include "review/ResultFixture.h"
 #include "review/ResultLists.h"
 #include "review/Selection.h"
+#include "review/TextCompare.h"
 
 #include <QtTest>
 
@@ -118,6 +119,93 @@ private slots:
         }
         // The selection is never touched by sorting, filtering or searching.
         QCOMPARE(f.selection.duplicateSelectedArray.size(), 5);
+    }
+
+    // A result this large is rebuilt on another thread. A rebuild asked for while an older one runs
+    // makes the older one stale: only the newer list is shown, once. Whatever is kept between
+    // rebuilds (the index, the orders, the last search) gives the lists a fresh start gives, the
+    // selection's order follows the selection, and the folded names sort as the text comparison does.
+    void largeResultsRebuildInTheBackground() {
+        ScanState state;
+        Selection selection;
+        ResultLists lists { state, selection };
+        const char* names[] = { "b", "A", "\xc3\xa4x", "Ab", "a",
+            "Stra\xc3\x9f"
+            "e",
+            "strasse", "B", "ax" };
+        const int count = static_cast<int>(ResultLists::kBackgroundFrom) + 1000;
+        for (int i = 0; i < count; ++i) {
+            const QByteArray number = QByteArray::number(i);
+            QList<QByteArray> paths { "/d" + QByteArray::number(i % 50) + '/' + names[i % 9],
+                "/copy/" + number + "/Caf\xc3\xa9 " + QByteArray::number(i % 13) };
+            if (i % 4 == 0)
+                paths.append("/third/" + number);
+            state.duplicateMainArray.append(makeGroup(paths, (i * 7919) % 1000 + 1, i % 2 ? 50 : 40));
+        }
+        QObject context;
+        int shown = 0;
+        lists.setDisplayListener(&context, [&shown] { ++shown; });
+        const auto fresh = [&] {
+            ResultLists other { state, selection };
+            other.typesort = lists.typesort;
+            other.typesortorder = lists.typesortorder;
+            other.typefilter = lists.typefilter;
+            other.searchText = lists.searchText;
+            other.getDiplayListAndReloadMainList();
+            return other.duplicateDisplayArray.toList();
+        };
+
+        QVERIFY(!lists.rebuildDisplayList());
+        QVERIFY(lists.isBusy());
+        QVERIFY(lists.setTypeFilter(50));
+        QVERIFY(!lists.rebuildDisplayList());
+        QTRY_VERIFY(!lists.isBusy());
+        QCOMPARE(shown, 1);
+        QCOMPARE(lists.duplicateDisplayArray.size(), count / 2);
+        QCOMPARE(lists.duplicateDisplayArray.toList(), fresh());
+
+        lists.setTypeFilter(ResultLists::AllTypes);
+        selection.duplicateSelectedArray = { state.duplicateMainArray[7]->listAll()[0] };
+        for (const QString& search : { QString(), QStringLiteral("CAF\u00c9 1"), QStringLiteral("caf\u00e9 12") }) {
+            lists.searchText = search;
+            for (quint64 key = ResultLists::OriginalFilename; key <= ResultLists::DuplicateSelected; ++key) {
+                for (const quint64 direction : { ResultLists::Ascending, ResultLists::Descending }) {
+                    lists.typesort = key;
+                    lists.typesortorder = direction;
+                    if (!lists.rebuildDisplayList())
+                        QTRY_VERIFY(!lists.isBusy());
+                    QCOMPARE(lists.duplicateDisplayArray.toList(), fresh());
+                }
+            }
+            selection.duplicateSelectedArray.append(state.duplicateMainArray[11]->listAll());
+        }
+        // The last search: the groups with a path holding the text, ignoring case.
+        const QList<DuplicateGroupPtr> shownGroups = lists.duplicateDisplayArray.toList();
+        qsizetype matching = 0;
+        for (const DuplicateGroupPtr& group : std::as_const(state.duplicateMainArray)) {
+            for (const DuplicateFilePtr& file : group->listAll()) {
+                if (TextCompare::containsIgnoringCase(QString::fromUtf8(file->urlFile()), lists.searchText)) {
+                    ++matching;
+                    QVERIFY(shownGroups.contains(group));
+                    break;
+                }
+            }
+        }
+        QCOMPARE(shownGroups.size(), matching);
+
+        lists.searchText.clear();
+        lists.typesort = ResultLists::OriginalFilename;
+        lists.typesortorder = ResultLists::Ascending;
+        lists.getDiplayListAndReloadMainList();
+        const QList<DuplicateGroupPtr> byName = lists.duplicateDisplayArray.toList();
+        QHash<const duplicates*, qsizetype> position;
+        for (qsizetype i = 0; i < state.duplicateMainArray.size(); ++i)
+            position.insert(state.duplicateMainArray[i].get(), i);
+        const QStringList shownNames = originalNames(byName);
+        for (qsizetype i = 1; i < byName.size(); ++i) {
+            const int order = TextCompare::caseInsensitiveCompare(shownNames[i - 1], shownNames[i]);
+            QVERIFY(order < 0 || (order == 0 && position[byName[i - 1].get()] < position[byName[i].get()]));
+        }
     }
 
     void olderListSorting() {

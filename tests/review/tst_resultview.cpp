@@ -137,7 +137,7 @@ private slots:
                 groups.last()->setListAll(groups.last()->listAll().first(2));
         }
         Screen s(groups);
-        QCOMPARE(s.view.groupModel()->rowCount(), count);
+        QTRY_COMPARE(s.view.groupModel()->rowCount(), count);
         for (quint64 key = ResultLists::OriginalFilename; key <= ResultLists::DuplicateSelected; ++key) {
             if (key == ResultLists::DuplicateSelected)
                 s.view.AutoSelectAction(Selection::keepNewestTitle());
@@ -145,23 +145,26 @@ private slots:
                 s.lists.typesort = key;
                 s.lists.typesortorder = direction;
                 s.view.getDiplayListAndReloadMainList();
+                // A result this large is sorted on another thread; the table follows once.
+                QTRY_VERIFY(!s.lists.isBusy());
                 QCOMPARE(s.view.groupModel()->rowCount(), count);
                 QCOMPARE(s.view.selectedMain(), 0);
                 QCOMPARE(s.view.currentGroup(), s.lists.duplicateDisplayArray.first());
             }
         }
-        const QList<DuplicateGroupPtr>& shown = s.lists.duplicateDisplayArray;
+        const DisplayList& shown = s.lists.duplicateDisplayArray;
         const auto chosen = s.selection.chosenSet();
         for (qsizetype i = 1; i < shown.size(); ++i)
             QVERIFY(Selection::countIn(*shown[i - 1], chosen) <= Selection::countIn(*shown[i], chosen));
 
         QTest::mouseClick(s.view.filterButton(50), Qt::LeftButton);
-        QCOMPARE(s.view.groupModel()->rowCount(), count / 2);
+        QTRY_COMPARE(s.view.groupModel()->rowCount(), count / 2);
         s.view.searchALL()->setText(QStringLiteral("/G99999/"));
         s.view.searchFilterAction();
-        QCOMPARE(s.view.groupModel()->rowCount(), 1);
+        QTRY_COMPARE(s.view.groupModel()->rowCount(), 1);
         s.view.searchALL()->clear();
         s.view.searchFilterAction();
+        QTRY_COMPARE(s.view.groupModel()->rowCount(), count / 2);
         s.view.duplicateListMain()->scrollToBottom();
         QVERIFY(!s.view.grab().isNull());
         QCOMPARE(s.selection.duplicateSelectedArray.size(), count * 2 - count / 3 - 1);
