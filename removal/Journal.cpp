@@ -16,10 +16,6 @@
 
 namespace {
 
-QString encoded(const QByteArray& bytes) {
-    return QString::fromLatin1(bytes.toBase64());
-}
-
 QByteArray decoded(const QJsonValue& value) {
     return QByteArray::fromBase64(value.toString().toLatin1());
 }
@@ -78,8 +74,12 @@ QByteArray Journal::folder() {
 }
 
 Journal::~Journal() {
-    if (m_fd >= 0)
-        ::close(m_fd);
+    if (m_fd < 0)
+        return;
+    // The last item's end is on the disk before the journal is left.
+    if (m_unsynced)
+        ::fdatasync(m_fd);
+    ::close(m_fd);
 }
 
 bool Journal::append(const QByteArray& line, bool sync) {
@@ -87,8 +87,29 @@ bool Journal::append(const QByteArray& line, bool sync) {
         return false;
     if (FileSystem::writeAll(m_fd, line + '\n') != 0)
         return false;
+    m_unsynced = !sync;
     return !sync || ::fdatasync(m_fd) == 0;
 }
+
+namespace {
+
+// A record as one line of compact JSON. Keys and the values given here need no escaping: numbers,
+// words, hex digests, base64 and ISO times.
+class Line {
+public:
+    Line& number(const char* key, qint64 value) { return raw(key, QByteArray::number(value)); }
+    Line& text(const char* key, const QByteArray& value) { return raw(key, '"' + value + '"'); }
+    QByteArray done() const { return m_line + '}'; }
+
+private:
+    Line& raw(const char* key, const QByteArray& value) {
+        m_line += (m_line.size() > 1 ? ",\"" : "\"") + QByteArray(key) + "\":" + value;
+        return *this;
+    }
+    QByteArray m_line = "{";
+};
+
+} // namespace
 
 qint64 Journal::begin(const Entry& entry) {
     if (m_fd < 0) {
@@ -112,22 +133,34 @@ qint64 Journal::begin(const Entry& entry) {
             return -1;
         }
     }
-    QJsonObject record { { QStringLiteral("seq"), m_next }, { QStringLiteral("state"), QStringLiteral("begin") },
-        { QStringLiteral("time"), QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs) },
-        { QStringLiteral("action"), entry.action }, { QStringLiteral("path"), encoded(entry.path) },
-        { QStringLiteral("size"), entry.size }, { QStringLiteral("mtime"), QString::number(entry.modifiedNs) },
-        { QStringLiteral("mode"), static_cast<qint64>(entry.mode) },
-        { QStringLiteral("digest"), QString::fromLatin1(entry.digest) },
-        { QStringLiteral("kept"), encoded(entry.kept) } };
-    if (!append(QJsonDocument(record).toJson(QJsonDocument::Compact), true))
+    // This flush also puts the end of the item before on the disk.
+    const QByteArray line = Line()
+                                .number("seq", m_next)
+                                .text("state", "begin")
+                                .text("time", QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs).toLatin1())
+                                .text("action", entry.action.toLatin1())
+                                .text("path", entry.path.toBase64())
+                                .number("size", entry.size)
+                                .text("mtime", QByteArray::number(entry.modifiedNs))
+                                .number("mode", static_cast<qint64>(entry.mode))
+                                .text("digest", entry.digest)
+                                .text("kept", entry.kept.toBase64())
+                                .done();
+    if (!append(line, true))
         return -1;
     return m_next++;
 }
 
 void Journal::done(qint64 seq, const QByteArray& leftBehind, const QByteArray& trashInfo) {
-    const QJsonObject record { { QStringLiteral("seq"), seq }, { QStringLiteral("state"), QStringLiteral("done") },
-        { QStringLiteral("left"), encoded(leftBehind) }, { QStringLiteral("info"), encoded(trashInfo) } };
-    append(QJsonDocument(record).toJson(QJsonDocument::Compact), true);
+    // Written at once, flushed with the next item's record (or when the journal is left): a crash
+    // in between leaves this item begun without an end, as a crash just before this line would.
+    append(Line()
+               .number("seq", seq)
+               .text("state", "done")
+               .text("left", leftBehind.toBase64())
+               .text("info", trashInfo.toBase64())
+               .done(),
+        false);
 }
 
 void Journal::failed(qint64 seq, const QString& reason) {

@@ -12,7 +12,8 @@
 // Before an item is touched its record ("begin": the action, the item's path bytes, size,
 // modification time, permissions and digest as checked, the kept copy) is written and flushed to
 // the disk; after it, a "done" line says what is left in its place (the trash entry and its
-// .trashinfo, or the link or link file made) or a "failed" line why not. A crash part-way leaves a
+// .trashinfo, or the link or link file made) or a "failed" line why not, written at once and flushed
+// with the next record (one flush per item). A crash part-way leaves a
 // journal whose last "begin" without an end says exactly where it stopped. Undoing appends "undone"
 // lines. Paths are written in base64, so any name comes back byte for byte.
 class Journal {
@@ -72,4 +73,5 @@ private:
     QByteArray m_file;
     int m_fd = -1;
     qint64 m_next = 1;
+    bool m_unsynced = false;
 };

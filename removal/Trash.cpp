@@ -114,9 +114,20 @@ QByteArray topDirectoryOf(const QByteArray& path, dev_t device) {
     return top;
 }
 
+namespace {
+
+QByteArray infoText(const QByteArray& originalPath, const QByteArray& deletionDate) {
+    return "[Trash Info]\nPath=" + PathBytes::percentEncoded(originalPath) + "\nDeletionDate=" + deletionDate + '\n';
+}
+
+QByteArray dateText(const QDateTime& time) {
+    return time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")).toLatin1();
+}
+
+} // namespace
+
 QByteArray trashInfo(const QByteArray& originalPath, const QDateTime& deletedAt) {
-    return "[Trash Info]\nPath=" + PathBytes::percentEncoded(originalPath)
-        + "\nDeletionDate=" + deletedAt.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")).toLatin1() + '\n';
+    return infoText(originalPath, dateText(deletedAt));
 }
 
 QByteArray candidateName(const QByteArray& name, int n) {
@@ -178,15 +189,20 @@ std::shared_ptr<const OpenTrash> openTrashFor(const QByteArray& path, dev_t devi
 QMutex trashesMutex;
 std::map<std::pair<std::string, dev_t>, std::shared_ptr<const OpenTrash>> openTrashes;
 
-std::shared_ptr<const OpenTrash> trashFor(const QByteArray& path, dev_t device, int& error) {
+// With `recheck`, folders kept open are used only while they still exist (a trash emptied by
+// deleting its folders is made again); without, they are taken as they are, and an item whose info
+// file cannot be made in them is tried once more with the check.
+std::shared_ptr<const OpenTrash> trashFor(const QByteArray& path, dev_t device, bool recheck, int& error) {
     const std::pair<std::string, dev_t> key { homeTrashDirectory().toStdString(), device };
     {
         QMutexLocker lock(&trashesMutex);
         const auto found = openTrashes.find(key);
         struct stat files;
         struct stat info;
-        if (found != openTrashes.end() && ::fstat(found->second->files.get(), &files) == 0 && files.st_nlink > 0
-            && ::fstat(found->second->info.get(), &info) == 0 && info.st_nlink > 0)
+        if (found != openTrashes.end()
+            && (!recheck
+                || (::fstat(found->second->files.get(), &files) == 0 && files.st_nlink > 0
+                    && ::fstat(found->second->info.get(), &info) == 0 && info.st_nlink > 0)))
             return found->second;
     }
     std::shared_ptr<const OpenTrash> trash = openTrashFor(path, device, error);
@@ -197,22 +213,58 @@ std::shared_ptr<const OpenTrash> trashFor(const QByteArray& path, dev_t device, 
     return trash;
 }
 
+// The deletion date as the info file writes it, in local time; made once a second, not per item.
+QByteArray deletionDateNow() {
+    static QMutex mutex;
+    static qint64 second = -1;
+    static QByteArray text;
+    const qint64 now = QDateTime::currentSecsSinceEpoch();
+    QMutexLocker lock(&mutex);
+    if (now != second) {
+        second = now;
+        text = dateText(QDateTime::fromSecsSinceEpoch(now));
+    }
+    return text;
+}
+
+} // namespace
+
+namespace {
+
+Result moveToTrashIn(
+    const OpenTrash& trash, int dirFd, const QByteArray& leaf, const QByteArray& path, bool& trashGone);
+
 } // namespace
 
 Result moveToTrashAt(int dirFd, const QByteArray& leaf, const QByteArray& path, dev_t device) {
-    Result result;
-    int error = 0;
-    const std::shared_ptr<const OpenTrash> trash = trashFor(path, device, error);
-    if (!trash) {
-        result.error = error ? error : EPERM;
-        return result;
+    for (const bool recheck : { false, true }) {
+        int error = 0;
+        const std::shared_ptr<const OpenTrash> trash = trashFor(path, device, recheck, error);
+        if (!trash) {
+            Result result;
+            result.error = error ? error : EPERM;
+            return result;
+        }
+        bool trashGone = false;
+        Result result = moveToTrashIn(*trash, dirFd, leaf, path, trashGone);
+        if (!trashGone || recheck)
+            return result;
     }
-    result.trashDirectory = trash->directory;
-    const FileSystem::Fd& files = trash->files;
-    const FileSystem::Fd& info = trash->info;
+    return {};
+}
+
+namespace {
+
+// `trashGone` is set when the trash's own folders went away (nothing was moved).
+Result moveToTrashIn(
+    const OpenTrash& trash, int dirFd, const QByteArray& leaf, const QByteArray& path, bool& trashGone) {
+    Result result;
+    result.trashDirectory = trash.directory;
+    const FileSystem::Fd& files = trash.files;
+    const FileSystem::Fd& info = trash.info;
 
     const QByteArray name = PathBytes::lastPathComponent(path);
-    const QByteArray contents = trashInfo(path, QDateTime::currentDateTime());
+    const QByteArray contents = infoText(path, deletionDateNow());
     // The first number worth trying for this name: past every name this program took in this trash,
     // so a trash holding many items of one name costs no probing. The .trashinfo file is still made
     // with O_EXCL, so an entry another program made meanwhile is never overwritten.
@@ -229,6 +281,8 @@ Result moveToTrashAt(int dirFd, const QByteArray& leaf, const QByteArray& path, 
             if (errno == EEXIST && n - start < 100000)
                 continue;
             result.error = errno;
+            // A folder deleted while open takes no new entries.
+            trashGone = errno == ENOENT;
             return result;
         }
         struct stat taken;
@@ -250,11 +304,15 @@ Result moveToTrashAt(int dirFd, const QByteArray& leaf, const QByteArray& path, 
         result.error = errno;
         const QByteArray infoName = chosen + ".trashinfo";
         ::unlinkat(info.get(), infoName.constData(), 0);
+        struct stat folder;
+        trashGone = result.error == ENOENT && ::fstat(files.get(), &folder) == 0 && folder.st_nlink == 0;
         return result;
     }
     result.trashedPath
         = PathBytes::appendingComponent(PathBytes::appendingComponent(result.trashDirectory, "files"), chosen);
     return result;
 }
+
+} // namespace
 
 } // namespace Trash

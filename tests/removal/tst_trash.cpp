@@ -102,27 +102,34 @@ private slots:
             QVERIFY(info.open(QIODevice::WriteOnly));
             info.write("[Trash Info]\n");
         };
-        foreignEntry("c.dat");
-        foreignEntry("c.1.dat");
-        QVERIFY(Trash::moveToTrash(tree.file("c.dat", "mine 1")).ok());
-        foreignEntry("c.3.dat");
-        foreignEntry("c.4.dat");
-        QVERIFY(Trash::moveToTrash(tree.file("c.dat", "mine 2")).ok());
-        QVERIFY(Trash::moveToTrash(tree.file("c.dat", "mine 3")).ok());
+        // Entries of another program fill the trash before the run: a.dat and a.1.dat.
+        foreignEntry("a.dat");
+        foreignEntry("a.1.dat");
+        QVERIFY(Trash::moveToTrash(tree.file("a.dat", "mine 1")).ok());
+        foreignEntry("a.3.dat");
+        foreignEntry("a.4.dat");
+        QVERIFY(Trash::moveToTrash(tree.file("a.dat", "mine 2")).ok());
+        QVERIFY(Trash::moveToTrash(tree.file("a.dat", "mine 3")).ok());
         const QMap<QByteArray, QByteArray> counted = snapshot(trash + "/files");
-        for (const char* name : { "c.dat", "c.1.dat", "c.3.dat", "c.4.dat" })
+        for (const char* name : { "a.dat", "a.1.dat", "a.3.dat", "a.4.dat" })
             QCOMPARE(counted.value(name), "f:foreign " + QByteArray(name));
-        QCOMPARE(counted.value("c.2.dat"), QByteArray("f:mine 1"));
-        QCOMPARE(counted.value("c.5.dat"), QByteArray("f:mine 2"));
-        QCOMPARE(counted.value("c.6.dat"), QByteArray("f:mine 3"));
-        ::unlink(QByteArray(trash + "/info/c.dat.trashinfo").constData());
-        for (const char* name : { "c.1.dat", "c.2.dat", "c.3.dat", "c.4.dat", "c.5.dat", "c.6.dat" })
+        QCOMPARE(counted.value("a.2.dat"), QByteArray("f:mine 1"));
+        QCOMPARE(counted.value("a.5.dat"), QByteArray("f:mine 2"));
+        QCOMPARE(counted.value("a.6.dat"), QByteArray("f:mine 3"));
+        ::unlink(QByteArray(trash + "/info/a.dat.trashinfo").constData());
+        for (const char* name : { "a.1.dat", "a.2.dat", "a.3.dat", "a.4.dat", "a.5.dat", "a.6.dat" })
             ::unlink(QByteArray(trash + "/info/" + name + ".trashinfo").constData());
 
         // A missing item fails and leaves no info file behind.
         QCOMPARE(Trash::moveToTrash(tree.path("gone")).error, ENOENT);
         QCOMPARE(snapshot(trash + "/info").size(), 7);
         QCOMPARE(Trash::candidateName("x.tar.gz", 4), QByteArray("x.tar.4.gz"));
+
+        // A trash emptied by deleting its folders while they are held open is made again.
+        QVERIFY(QDir(QString::fromUtf8(trash)).removeRecursively());
+        QVERIFY(Trash::moveToTrash(tree.file("a.dat", "after")).ok());
+        QCOMPARE(snapshot(trash + "/files").values(), QList<QByteArray> { "f:after" });
+        QCOMPARE(snapshot(trash + "/info").size(), 1);
     }
 
     void otherMountUsesItsTopDirectory_data() {
