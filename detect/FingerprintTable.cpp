@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
-std::vector<FingerprintTable::Entry> FingerprintTable::takeDistinct() {
+std::vector<FingerprintTable::Entry> FingerprintTable::takeDistinct(std::vector<uint32_t>* byPathOut) {
     std::vector<Entry> entries;
     entries.swap(m_entries);
     const size_t n = entries.size();
@@ -26,13 +26,27 @@ std::vector<FingerprintTable::Entry> FingerprintTable::takeDistinct() {
         }
         i = j;
     }
-    if (!repeats)
+    if (!repeats) {
+        if (byPathOut)
+            *byPathOut = std::move(byPath);
         return entries;
+    }
     std::vector<Entry> distinct;
     distinct.reserve(n);
+    std::vector<uint32_t> position(n, 0);
     for (size_t i = 0; i < n; ++i) {
-        if (!dropped[i])
+        if (!dropped[i]) {
+            position[i] = static_cast<uint32_t>(distinct.size());
             distinct.push_back(std::move(entries[i]));
+        }
+    }
+    if (byPathOut) {
+        byPathOut->clear();
+        byPathOut->reserve(distinct.size());
+        for (uint32_t index : byPath) {
+            if (!dropped[index])
+                byPathOut->push_back(position[index]);
+        }
     }
     return distinct;
 }

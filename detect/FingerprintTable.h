@@ -24,8 +24,8 @@ public:
     void clear() { std::vector<Entry>().swap(m_entries); }
 
     // Hands over every distinct path with its last value, in first-recorded order, and empties
-    // the table.
-    std::vector<Entry> takeDistinct();
+    // the table. `byPath`, when given, receives the positions of the result in byte order of paths.
+    std::vector<Entry> takeDistinct(std::vector<uint32_t>* byPath = nullptr);
 
     // The value last written for a path; a linear search meant for tests and diagnostics.
     std::optional<Fingerprint> value(const QByteArray& path) const;

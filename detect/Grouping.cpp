@@ -3,22 +3,38 @@
 #include "base/PathBytes.h"
 
 #include <algorithm>
+#include <cstring>
 #include <numeric>
 
 DepthOrderedKeys DepthOrderedKeys::fromTable(FingerprintTable& table) {
     DepthOrderedKeys keys;
-    keys.entries = table.takeDistinct();
-    std::vector<int> depth(keys.entries.size());
-    for (size_t i = 0; i < keys.entries.size(); ++i)
-        depth[i] = PathBytes::depth(keys.entries[i].path);
-    std::vector<uint32_t> order(keys.entries.size());
-    std::iota(order.begin(), order.end(), 0u);
-    std::stable_sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) { return depth[a] < depth[b]; });
-    std::vector<FingerprintTable::Entry> sorted;
-    sorted.reserve(order.size());
-    for (uint32_t i : order)
-        sorted.push_back(std::move(keys.entries[i]));
-    keys.entries.swap(sorted);
+    std::vector<FingerprintTable::Entry>& entries = keys.entries;
+    entries = table.takeDistinct(&keys.byPath);
+    const size_t n = entries.size();
+    // A stable counting sort by depth: where each entry goes.
+    std::vector<uint32_t> target(n);
+    std::vector<uint32_t> start;
+    for (size_t i = 0; i < n; ++i) {
+        const auto depth = static_cast<size_t>(PathBytes::depth(entries[i].path));
+        if (depth + 1 >= start.size())
+            start.resize(depth + 2, 0);
+        ++start[depth + 1];
+        target[i] = static_cast<uint32_t>(depth);
+    }
+    for (size_t d = 1; d < start.size(); ++d)
+        start[d] += start[d - 1];
+    for (size_t i = 0; i < n; ++i)
+        target[i] = start[target[i]]++;
+    // Moved in place, one cycle of the permutation at a time, so the table is never held twice.
+    for (auto& index : keys.byPath)
+        index = target[index];
+    for (size_t i = 0; i < n; ++i) {
+        while (target[i] != i) {
+            const uint32_t j = target[i];
+            std::swap(entries[i], entries[j]);
+            std::swap(target[i], target[j]);
+        }
+    }
     return keys;
 }
 
@@ -50,22 +66,39 @@ void groupByFingerprint(DepthOrderedKeys keys, qint64 minimumSize, const Groupin
     const uint32_t n = static_cast<uint32_t>(entries.size());
     std::vector<bool> removed(n, false);
 
-    // Inverted index: positions grouped by fingerprint, each run in visiting order.
+    // Inverted index: positions grouped by fingerprint, each run in visiting order. Sorted as a
+    // compact copy of the fingerprints, which keeps the sort within the cache.
     std::vector<uint32_t> byFingerprint(n);
-    std::iota(byFingerprint.begin(), byFingerprint.end(), 0u);
-    std::sort(byFingerprint.begin(), byFingerprint.end(), [&](uint32_t a, uint32_t b) {
-        if (entries[a].fingerprint == entries[b].fingerprint)
-            return a < b;
-        return entries[a].fingerprint < entries[b].fingerprint;
-    });
+    {
+        struct Keyed {
+            Fingerprint fingerprint;
+            uint32_t index;
+        };
+        std::vector<Keyed> keyed(n);
+        for (uint32_t i = 0; i < n; ++i)
+            keyed[i] = { entries[i].fingerprint, i };
+        std::sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) {
+            if (a.fingerprint.kind() != b.fingerprint.kind())
+                return a.fingerprint.kind() < b.fingerprint.kind();
+            const int order = std::memcmp(
+                a.fingerprint.digest().data(), b.fingerprint.digest().data(), a.fingerprint.digest().size());
+            return order != 0 ? order < 0 : a.index < b.index;
+        });
+        for (uint32_t i = 0; i < n; ++i)
+            byFingerprint[i] = keyed[i].index;
+    }
     std::vector<uint32_t> slotOf(n);
     for (uint32_t i = 0; i < n; ++i)
         slotOf[byFingerprint[i]] = i;
 
     // Paths in byte order, to find everything below a folder as one contiguous range.
-    std::vector<uint32_t> byPath(n);
-    std::iota(byPath.begin(), byPath.end(), 0u);
-    std::sort(byPath.begin(), byPath.end(), [&](uint32_t a, uint32_t b) { return entries[a].path < entries[b].path; });
+    std::vector<uint32_t>& byPath = keys.byPath;
+    if (byPath.size() != n) {
+        byPath.resize(n);
+        std::iota(byPath.begin(), byPath.end(), 0u);
+        std::sort(
+            byPath.begin(), byPath.end(), [&](uint32_t a, uint32_t b) { return entries[a].path < entries[b].path; });
+    }
 
     auto pruneBelow = [&](const QByteArray& top) {
         const QByteArray prefix = top == "/" ? top : top + '/';
@@ -77,6 +110,7 @@ void groupByFingerprint(DepthOrderedKeys keys, qint64 minimumSize, const Groupin
         }
     };
 
+    std::vector<uint32_t> members;
     for (uint32_t k = 0; k < n; ++k) {
         if (removed[k]) {
             callbacks.keyExamined();
@@ -84,22 +118,23 @@ void groupByFingerprint(DepthOrderedKeys keys, qint64 minimumSize, const Groupin
         }
         // Every key visited earlier has been removed, so the live members of this fingerprint's run
         // start at this key's own slot.
-        QList<QByteArray> paths;
-        std::vector<uint32_t> members;
-        for (uint32_t slot = slotOf[k]; slot < n && entries[byFingerprint[slot]].fingerprint == entries[k].fingerprint;
-             ++slot) {
+        const Fingerprint& fingerprint = entries[k].fingerprint;
+        members.clear();
+        for (uint32_t slot = slotOf[k]; slot < n && entries[byFingerprint[slot]].fingerprint == fingerprint; ++slot) {
             const uint32_t member = byFingerprint[slot];
-            if (!removed[member]) {
+            if (!removed[member])
                 members.push_back(member);
-                paths.append(entries[member].path);
-            }
         }
         // Unreadable items are alike only in that nobody read them: they never form a group.
-        if (members.size() < 2 || !entries[k].fingerprint.canMatch()) {
+        if (members.size() < 2 || !fingerprint.canMatch()) {
             removed[k] = true;
             callbacks.keyExamined();
             continue;
         }
+        QList<QByteArray> paths;
+        paths.reserve(static_cast<qsizetype>(members.size()));
+        for (uint32_t member : members)
+            paths.append(entries[member].path);
         const qint64 size = callbacks.sizeOf(paths.first());
         for (const QByteArray& path : paths)
             pruneBelow(path);

@@ -10,6 +10,8 @@
 // first, so a folder is examined before anything inside it; equal depths keep the recorded order.
 struct DepthOrderedKeys {
     std::vector<FingerprintTable::Entry> entries;
+    // Positions in `entries` in byte order of their paths; worked out by grouping when empty.
+    std::vector<uint32_t> byPath;
 
     static DepthOrderedKeys fromTable(FingerprintTable& table);
     qsizetype count() const { return static_cast<qsizetype>(entries.size()); }
