@@ -148,45 +148,6 @@ QByteArray counted(qsizetype count, const char* one, const char* many) {
     return QByteArray::number(count) + ' ' + (count == 1 ? one : many);
 }
 
-QByteArray jsonString(const QByteArray& bytes) {
-    const QString text = PathBytes::decodeSurrogateEscape(bytes);
-    QByteArray out;
-    out.reserve(bytes.size() + 2);
-    out += '"';
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i].unicode();
-        switch (c) {
-        case u'"':
-            out += "\\\"";
-            continue;
-        case u'\\':
-            out += "\\\\";
-            continue;
-        case u'\n':
-            out += "\\n";
-            continue;
-        case u'\r':
-            out += "\\r";
-            continue;
-        case u'\t':
-            out += "\\t";
-            continue;
-        default:
-            break;
-        }
-        if (c < 0x20 || QChar::isLowSurrogate(c)) {
-            out += QString::asprintf("\\u%04x", static_cast<unsigned>(c)).toLatin1();
-        } else if (QChar::isHighSurrogate(c) && i + 1 < text.size() && QChar::isLowSurrogate(text[i + 1].unicode())) {
-            out += text.mid(i, 2).toUtf8();
-            ++i;
-        } else {
-            out += QString(QChar(c)).toUtf8();
-        }
-    }
-    out += '"';
-    return out;
-}
-
 namespace {
 
 // The length of the valid UTF-8 sequence at `at`, or 0 when the byte there does not start one
@@ -230,6 +191,63 @@ void appendByteEscape(QByteArray& out, unsigned char byte) {
 
 } // namespace
 
+QByteArray jsonString(const QByteArray& bytes) {
+    static const char digits[] = "0123456789abcdef";
+    QByteArray out;
+    out.reserve(bytes.size() + 2);
+    out += '"';
+    const char* data = bytes.constData();
+    for (qsizetype i = 0, plain = 0; i <= bytes.size(); ++i) {
+        // Runs of bytes that stand for themselves are copied in one step.
+        const unsigned char c = i < bytes.size() ? static_cast<unsigned char>(data[i]) : 0;
+        if (i < bytes.size() && c >= 0x20 && c < 0x80 && c != '"' && c != '\\')
+            continue;
+        out.append(data + plain, i - plain);
+        plain = i + 1;
+        if (i == bytes.size())
+            break;
+        if (c >= 0x80) {
+            const qsizetype length = utf8SequenceLength(bytes, i);
+            if (length > 0) {
+                // A valid sequence is its own JSON text.
+                out.append(data + i, length);
+                i += length - 1;
+            } else {
+                // A byte that is not UTF-8 is the lone surrogate U+DC00 + byte, written as an escape.
+                out += "\\udc";
+                out += digits[c >> 4];
+                out += digits[c & 0xf];
+            }
+            plain = i + 1;
+            continue;
+        }
+        switch (c) {
+        case '"':
+            out += "\\\"";
+            break;
+        case '\\':
+            out += "\\\\";
+            break;
+        case '\n':
+            out += "\\n";
+            break;
+        case '\r':
+            out += "\\r";
+            break;
+        case '\t':
+            out += "\\t";
+            break;
+        default:
+            out += "\\u00";
+            out += digits[c >> 4];
+            out += digits[c & 0xf];
+            break;
+        }
+    }
+    out += '"';
+    return out;
+}
+
 QByteArray textPath(const QByteArray& path) {
     QByteArray out;
     out.reserve(path.size());
@@ -270,8 +288,45 @@ QByteArray textPath(const QByteArray& path) {
 }
 
 QByteArray isoUtc(qint64 nanosecondsSinceEpoch) {
-    const QDateTime time = QDateTime::fromMSecsSinceEpoch(nanosecondsSinceEpoch / 1000000, Qt::UTC);
-    return time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz")).toLatin1() + 'Z';
+    const qint64 ms = nanosecondsSinceEpoch / 1000000;
+    // Dates from 1970 to 9999 are written directly: a result lists many thousands of them.
+    constexpr qint64 kEndOf9999 = 253402300800000;
+    if (ms < 0 || ms >= kEndOf9999) {
+        const QDateTime time = QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC);
+        return time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz")).toLatin1() + 'Z';
+    }
+    // Days to the civil date (Howard Hinnant's algorithm, for days from 1970 on).
+    const qint64 days = ms / 86400000;
+    const qint64 inDay = ms % 86400000;
+    const qint64 z = days + 719468;
+    const qint64 era = z / 146097;
+    const qint64 dayOfEra = z - era * 146097;
+    const qint64 yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const qint64 dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const qint64 mp = (5 * dayOfYear + 2) / 153;
+    const qint64 day = dayOfYear - (153 * mp + 2) / 5 + 1;
+    const qint64 month = mp < 10 ? mp + 3 : mp - 9;
+    const qint64 year = yearOfEra + era * 400 + (month <= 2 ? 1 : 0);
+    char text[25];
+    auto digits = [&text](int at, qint64 value, int count) {
+        for (int i = count - 1; i >= 0; --i, value /= 10)
+            text[at + i] = static_cast<char>('0' + value % 10);
+    };
+    digits(0, year, 4);
+    text[4] = '-';
+    digits(5, month, 2);
+    text[7] = '-';
+    digits(8, day, 2);
+    text[10] = 'T';
+    digits(11, inDay / 3600000, 2);
+    text[13] = ':';
+    digits(14, inDay / 60000 % 60, 2);
+    text[16] = ':';
+    digits(17, inDay / 1000 % 60, 2);
+    text[19] = '.';
+    digits(20, inDay % 1000, 3);
+    text[23] = 'Z';
+    return QByteArray(text, 24);
 }
 
 QByteArray write(const ScanState& state, Source source, Format format) {
