@@ -8,17 +8,38 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QThread>
+#include <algorithm>
 #include <cstring>
+#include <tuple>
 
 namespace {
 
-constexpr int kSchemaVersion = 2;
+// Version 3: one packed value per file, block digests in XXH3, files of every length.
+constexpr int kSchemaVersion = 3;
 constexpr qint64 kExpirySeconds = 90 * 24 * 3600;
 // A hit refreshes its entry's "seen" stamp only when that is older than this, so that a rescan of
 // an unchanged tree writes next to nothing.
 constexpr qint64 kTouchSeconds = 24 * 3600;
 constexpr int kBusyTimeoutMs = 3000;
+
+enum Part : uint8_t { FirstPart = 1, LastPart = 2, WholePart = 4, FastPart = 8 };
+
+// The stored value of an entry: device, inode, size, modification and change time, first and last
+// block digests (eight bytes each, little-endian), whole and fast digests (sixteen bytes each) and
+// one byte saying which digests are known. One column instead of ten keeps the load at start cheap.
+constexpr qsizetype kPackedSize = 7 * 8 + 2 * 16 + 1;
+
+void put64(char*& out, quint64 value) {
+    for (int i = 0; i < 8; ++i)
+        *out++ = static_cast<char>(value >> (8 * i));
+}
+
+quint64 get64(const char*& in) {
+    quint64 value = 0;
+    for (int i = 0; i < 8; ++i)
+        value |= static_cast<quint64>(static_cast<uint8_t>(*in++)) << (8 * i);
+    return value;
+}
 
 std::atomic<quint64> connectionSerial { 0 };
 
@@ -32,31 +53,6 @@ QSqlDatabase openConnection(const QString& name, const QString& file) {
     db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(kBusyTimeoutMs));
     db.open();
     return db;
-}
-
-QVariant blockValue(const std::optional<quint64>& value) {
-    return value ? QVariant(static_cast<qint64>(*value)) : QVariant(QMetaType(QMetaType::LongLong));
-}
-
-QVariant digestValue(const std::optional<DigestCache::Digest>& digest) {
-    if (!digest)
-        return QVariant(QMetaType(QMetaType::QByteArray));
-    return QByteArray(reinterpret_cast<const char*>(digest->data()), static_cast<qsizetype>(digest->size()));
-}
-
-std::optional<DigestCache::Digest> digestOf(const QVariant& value) {
-    const QByteArray bytes = value.toByteArray();
-    if (bytes.size() != 16)
-        return std::nullopt;
-    DigestCache::Digest digest;
-    std::memcpy(digest.data(), bytes.constData(), digest.size());
-    return digest;
-}
-
-std::optional<quint64> blockOf(const QVariant& value) {
-    if (value.isNull())
-        return std::nullopt;
-    return static_cast<quint64>(value.toLongLong());
 }
 
 } // namespace
@@ -81,6 +77,8 @@ std::unique_ptr<DigestCache> DigestCache::open(const QString& folder) {
     std::unique_ptr<DigestCache> cache(new DigestCache(folder));
     if (!cache->prepare())
         return nullptr;
+    DigestCache* loading = cache.get();
+    cache->m_loader = std::thread([loading] { loading->load(); });
     return cache;
 }
 
@@ -119,9 +117,8 @@ bool DigestCache::prepare() {
         // An empty file, or one written by another layout: start afresh.
         if (!run(QStringLiteral("DROP TABLE IF EXISTS digests"))
             || !run(QStringLiteral("CREATE TABLE digests (device INTEGER NOT NULL, inode INTEGER NOT NULL, "
-                                   "size INTEGER NOT NULL, mtime INTEGER NOT NULL, ctime INTEGER NOT NULL, "
-                                   "first INTEGER, last INTEGER, whole BLOB, fast BLOB, seen INTEGER NOT NULL, "
-                                   "PRIMARY KEY (device, inode)) WITHOUT ROWID"))
+                                   "seen INTEGER NOT NULL, entry BLOB NOT NULL, PRIMARY KEY (device, inode)) "
+                                   "WITHOUT ROWID"))
             || !run(QStringLiteral("CREATE INDEX digests_seen ON digests (seen)"))
             || !run(QStringLiteral("PRAGMA user_version=%1").arg(kSchemaVersion)))
             return false;
@@ -135,11 +132,97 @@ bool DigestCache::prepare() {
     return true;
 }
 
+// Reads every entry on the loader thread, through a connection of its own.
+void DigestCache::load() {
+    const QString connection = newConnectionName();
+    {
+        QSqlDatabase db = openConnection(connection, fileIn(m_folder));
+        QSqlQuery query(db);
+        query.setForwardOnly(true);
+        if (!db.isOpen()) {
+            fail(db.lastError().text());
+        } else if (!query.exec(QStringLiteral("SELECT entry, seen FROM digests ORDER BY device, inode"))) {
+            fail(query.lastError().text());
+        } else {
+            while (query.next()) {
+                const QByteArray packed = query.value(0).toByteArray();
+                if (packed.size() != kPackedSize)
+                    continue; // not written by this layout: as good as missing
+                const char* in = packed.constData();
+                Row row;
+                row.device = get64(in);
+                row.inode = get64(in);
+                row.size = static_cast<qint64>(get64(in));
+                row.modifiedNs = static_cast<qint64>(get64(in));
+                row.changedNs = static_cast<qint64>(get64(in));
+                row.first = get64(in);
+                row.last = get64(in);
+                std::memcpy(row.whole.data(), in, row.whole.size());
+                in += row.whole.size();
+                std::memcpy(row.fast.data(), in, row.fast.size());
+                in += row.fast.size();
+                row.parts = static_cast<uint8_t>(*in);
+                row.seen = query.value(1).toLongLong();
+                m_rows.push_back(row);
+            }
+            if (query.lastError().isValid())
+                fail(query.lastError().text());
+        }
+        query.finish();
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(connection);
+    // The primary key orders the rows already; sorting again only guards the binary search.
+    auto less = [](const Row& a, const Row& b) { return std::tie(a.device, a.inode) < std::tie(b.device, b.inode); };
+    if (!std::is_sorted(m_rows.begin(), m_rows.end(), less))
+        std::sort(m_rows.begin(), m_rows.end(), less);
+    std::lock_guard lock(m_loadMutex);
+    m_loaded = true;
+    m_loadDone.notify_all();
+}
+
+void DigestCache::waitForLoad() {
+    std::unique_lock lock(m_loadMutex);
+    m_loadDone.wait(lock, [this] { return m_loaded; });
+}
+
+const DigestCache::Row* DigestCache::rowOf(const Key& key) const {
+    const auto it = std::lower_bound(m_rows.begin(), m_rows.end(), key,
+        [](const Row& row, const Key& id) { return std::tie(row.device, row.inode) < std::tie(id.device, id.inode); });
+    if (it == m_rows.end() || it->device != key.device || it->inode != key.inode || it->size != key.size
+        || it->modifiedNs != key.modifiedNs || it->changedNs != key.changedNs)
+        return nullptr;
+    return &*it;
+}
+
 DigestCache::~DigestCache() {
+    if (m_loader.joinable())
+        m_loader.join();
     if (isUsable())
         flush();
     QSqlDatabase::database(m_connection, false).close();
     QSqlDatabase::removeDatabase(m_connection);
+}
+
+std::optional<DigestCache::Entry> DigestCache::find(const Key& key) {
+    if (!isUsable())
+        return std::nullopt;
+    waitForLoad();
+    const Row* row = isUsable() ? rowOf(key) : nullptr;
+    if (!row)
+        return std::nullopt;
+    Entry entry;
+    if (row->parts & FirstPart)
+        entry.first = row->first;
+    if (row->parts & LastPart)
+        entry.last = row->last;
+    if (row->parts & WholePart)
+        entry.whole = row->whole;
+    if (row->parts & FastPart)
+        entry.fast = row->fast;
+    if (row->seen < m_now - kTouchSeconds)
+        touch(key);
+    return entry;
 }
 
 void DigestCache::store(const Key& key, const Entry& entry) {
@@ -178,27 +261,15 @@ void DigestCache::flush() {
     }
     QSqlQuery insert(db);
     QSqlQuery update(db);
-    // A row of the same file with another key is replaced; parts of the same key already on disk
-    // are kept where this run learnt nothing new.
     const bool prepared = insert.prepare(QStringLiteral(
-                              "INSERT INTO digests (device, inode, size, mtime, ctime, first, last, whole, fast, seen) "
-                              "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT (device, inode) DO UPDATE SET "
-                              "first = CASE WHEN size = excluded.size AND mtime = excluded.mtime AND ctime = "
-                              "excluded.ctime THEN coalesce(excluded.first, first) ELSE excluded.first END, "
-                              "last = CASE WHEN size = excluded.size AND mtime = excluded.mtime AND ctime = "
-                              "excluded.ctime THEN coalesce(excluded.last, last) ELSE excluded.last END, "
-                              "whole = CASE WHEN size = excluded.size AND mtime = excluded.mtime AND ctime = "
-                              "excluded.ctime THEN coalesce(excluded.whole, whole) ELSE excluded.whole END, "
-                              "fast = CASE WHEN size = excluded.size AND mtime = excluded.mtime AND ctime = "
-                              "excluded.ctime THEN coalesce(excluded.fast, fast) ELSE excluded.fast END, "
-                              "size = excluded.size, mtime = excluded.mtime, ctime = excluded.ctime, "
-                              "seen = excluded.seen"))
+                              "INSERT OR REPLACE INTO digests (device, inode, seen, entry) VALUES (?, ?, ?, ?)"))
         && update.prepare(QStringLiteral("UPDATE digests SET seen = ? WHERE device = ? AND inode = ?"));
     if (!prepared) {
         fail(insert.lastError().text() + update.lastError().text());
         db.rollback();
         return;
     }
+    QByteArray packed(kPackedSize, Qt::Uninitialized);
     for (const Pending& pending : std::as_const(m_pending)) {
         const Key& k = pending.key;
         bool ok;
@@ -208,17 +279,38 @@ void DigestCache::flush() {
             update.addBindValue(static_cast<qint64>(k.inode));
             ok = update.exec();
         } else {
-            const Entry& e = pending.entry;
+            // A row of the same file with another key is replaced; parts of the same key loaded at
+            // the start are kept where this run learnt nothing new.
+            Entry e = pending.entry;
+            if (const Row* row = rowOf(k)) {
+                if (!e.first && (row->parts & FirstPart))
+                    e.first = row->first;
+                if (!e.last && (row->parts & LastPart))
+                    e.last = row->last;
+                if (!e.whole && (row->parts & WholePart))
+                    e.whole = row->whole;
+                if (!e.fast && (row->parts & FastPart))
+                    e.fast = row->fast;
+            }
+            char* out = packed.data();
+            put64(out, k.device);
+            put64(out, k.inode);
+            put64(out, static_cast<quint64>(k.size));
+            put64(out, static_cast<quint64>(k.modifiedNs));
+            put64(out, static_cast<quint64>(k.changedNs));
+            put64(out, e.first.value_or(0));
+            put64(out, e.last.value_or(0));
+            const Digest none {};
+            std::memcpy(out, e.whole.value_or(none).data(), none.size());
+            out += none.size();
+            std::memcpy(out, e.fast.value_or(none).data(), none.size());
+            out += none.size();
+            *out = static_cast<char>((e.first ? FirstPart : 0) | (e.last ? LastPart : 0) | (e.whole ? WholePart : 0)
+                | (e.fast ? FastPart : 0));
             insert.addBindValue(static_cast<qint64>(k.device));
             insert.addBindValue(static_cast<qint64>(k.inode));
-            insert.addBindValue(k.size);
-            insert.addBindValue(k.modifiedNs);
-            insert.addBindValue(k.changedNs);
-            insert.addBindValue(blockValue(e.first));
-            insert.addBindValue(blockValue(e.last));
-            insert.addBindValue(digestValue(e.whole));
-            insert.addBindValue(digestValue(e.fast));
             insert.addBindValue(m_now);
+            insert.addBindValue(packed);
             ok = insert.exec();
         }
         if (!ok) {
@@ -232,54 +324,6 @@ void DigestCache::flush() {
         db.rollback();
     }
     m_pending.clear();
-}
-
-DigestCache::Reader::Reader(DigestCache* cache)
-    : m_cache(cache && cache->isUsable() ? cache : nullptr) {
-    if (!m_cache)
-        return;
-    m_connection = newConnectionName();
-    QSqlDatabase db = openConnection(m_connection, fileIn(m_cache->m_folder));
-    m_query = std::make_unique<QSqlQuery>(db);
-    if (!db.isOpen()
-        || !m_query->prepare(QStringLiteral(
-            "SELECT size, mtime, ctime, first, last, whole, fast, seen FROM digests WHERE device = ? AND inode = ?"))) {
-        m_cache->fail(db.isOpen() ? m_query->lastError().text() : db.lastError().text());
-        m_cache = nullptr;
-    }
-}
-
-DigestCache::Reader::~Reader() {
-    m_query.reset();
-    if (!m_connection.isEmpty()) {
-        QSqlDatabase::database(m_connection, false).close();
-        QSqlDatabase::removeDatabase(m_connection);
-    }
-}
-
-std::optional<DigestCache::Entry> DigestCache::Reader::find(const Key& key) {
-    if (!m_cache || !m_cache->isUsable())
-        return std::nullopt;
-    m_query->addBindValue(static_cast<qint64>(key.device));
-    m_query->addBindValue(static_cast<qint64>(key.inode));
-    if (!m_query->exec()) {
-        m_cache->fail(m_query->lastError().text());
-        return std::nullopt;
-    }
-    std::optional<Entry> found;
-    if (m_query->next() && m_query->value(0).toLongLong() == key.size
-        && m_query->value(1).toLongLong() == key.modifiedNs && m_query->value(2).toLongLong() == key.changedNs) {
-        Entry entry;
-        entry.first = blockOf(m_query->value(3));
-        entry.last = blockOf(m_query->value(4));
-        entry.whole = digestOf(m_query->value(5));
-        entry.fast = digestOf(m_query->value(6));
-        if (m_query->value(7).toLongLong() < m_cache->m_now - kTouchSeconds)
-            m_cache->touch(key);
-        found = entry;
-    }
-    m_query->finish();
-    return found;
 }
 
 namespace {

@@ -5,10 +5,12 @@
 #include <QString>
 #include <array>
 #include <atomic>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <optional>
-
-class QSqlQuery;
+#include <thread>
+#include <vector>
 
 // Digests of file contents kept across runs in an SQLite file, so that a rescan of an unchanged
 // tree reads no content. An entry belongs to one file identity (device and inode, not the path) and
@@ -17,6 +19,10 @@ class QSqlQuery;
 // rewritten under a restored modification time misses too. Moving or renaming a folder keeps the
 // entries of the files inside it; renaming a file itself stamps its change time on Linux file
 // systems, so that one file is read again.
+//
+// Opening the cache starts reading every entry into memory on a thread of its own, while the scan
+// walks; a look-up waits for that load and then costs a binary search, far less than opening the
+// file. What the run learns is written back in one transaction when the cache is destroyed.
 //
 // The file is opened in WAL mode with a busy timeout, so several processes may use it at once.
 // Every failure (a missing, locked, unwritable, corrupt or full cache) writes one log line and
@@ -42,34 +48,22 @@ public:
         std::optional<Digest> fast;
     };
 
-    // Looks entries up on the thread that made it (each pool thread has its own connection).
-    class Reader {
-    public:
-        explicit Reader(DigestCache* cache);
-        ~Reader();
-        Reader(const Reader&) = delete;
-        Reader& operator=(const Reader&) = delete;
-        std::optional<Entry> find(const Key& key);
-
-    private:
-        DigestCache* m_cache;
-        QString m_connection;
-        std::unique_ptr<QSqlQuery> m_query;
-    };
-
     // $XDG_CACHE_HOME/twinsift, or ~/.cache/twinsift.
     static QString defaultFolder();
     static QString fileIn(const QString& folder);
 
-    // Opens (creating when needed) the cache in `folder` and drops entries unseen for 90 days.
-    // Null, after one log line, when the cache cannot be used.
+    // Opens (creating when needed) the cache in `folder`, drops entries unseen for 90 days and
+    // starts loading the rest. Null, after one log line, when the cache cannot be used.
     static std::unique_ptr<DigestCache> open(const QString& folder);
-    // Writes the entries stored during the run (one transaction) and closes the file.
+    // Writes the entries stored during the run (one transaction) and closes the file. Runs on the
+    // thread that opened the cache.
     ~DigestCache();
     DigestCache(const DigestCache&) = delete;
     DigestCache& operator=(const DigestCache&) = delete;
 
-    // Queues what was learnt of a file; parts already queued for the same key are kept.
+    // The entry stored under exactly this key; waits for the load to end. Any thread.
+    std::optional<Entry> find(const Key& key);
+    // Queues what was learnt of a file; parts already known for the same key are kept. Any thread.
     void store(const Key& key, const Entry& entry);
     bool isUsable() const { return m_usable.load(std::memory_order_relaxed); }
 
@@ -83,8 +77,32 @@ public:
     static bool clear(const QString& folder);
 
 private:
+    // One stored entry as held in memory, sorted by device and inode.
+    struct Row {
+        quint64 device;
+        quint64 inode;
+        qint64 size;
+        qint64 modifiedNs;
+        qint64 changedNs;
+        qint64 seen;
+        quint64 first;
+        quint64 last;
+        Digest whole;
+        Digest fast;
+        uint8_t parts; // which of the four digests are known
+    };
+    struct Pending {
+        Key key;
+        Entry entry;
+        bool touchOnly = false;
+    };
+
     explicit DigestCache(QString folder);
     bool prepare();
+    void load();
+    void waitForLoad();
+    // The loaded row stored under exactly this key.
+    const Row* rowOf(const Key& key) const;
     void flush();
     void fail(const QString& what);
     void touch(const Key& key);
@@ -95,11 +113,13 @@ private:
     std::atomic<bool> m_failureLogged { false };
     qint64 m_settleNs = 2'000'000'000;
     qint64 m_now = 0; // seconds, the run's "seen" stamp
+
+    std::vector<Row> m_rows;
+    std::thread m_loader;
+    std::mutex m_loadMutex;
+    std::condition_variable m_loadDone;
+    bool m_loaded = false;
+
     QMutex m_mutex;
-    struct Pending {
-        Key key;
-        Entry entry;
-        bool touchOnly = false;
-    };
     QHash<QPair<quint64, quint64>, Pending> m_pending;
 };

@@ -75,7 +75,7 @@ bool statAt(int dirFd, const char* name, ItemInfo& out) {
     struct statx sx;
     if (::statx(dirFd, name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
             STATX_TYPE | STATX_MODE | STATX_UID | STATX_GID | STATX_SIZE | STATX_BLOCKS | STATX_BTIME | STATX_MTIME
-                | STATX_INO,
+                | STATX_CTIME | STATX_INO,
             &sx)
         != 0) {
         out = ItemInfo();
@@ -100,6 +100,7 @@ bool statAt(int dirFd, const char* name, ItemInfo& out) {
     out.hasBirth = (sx.stx_mask & STATX_BTIME) && (sx.stx_btime.tv_sec != 0 || sx.stx_btime.tv_nsec != 0);
     out.birthNs = out.hasBirth ? sx.stx_btime.tv_sec * qint64(1000000000) + sx.stx_btime.tv_nsec : 0;
     out.modifiedNs = sx.stx_mtime.tv_sec * qint64(1000000000) + sx.stx_mtime.tv_nsec;
+    out.changedNs = sx.stx_ctime.tv_sec * qint64(1000000000) + sx.stx_ctime.tv_nsec;
     out.device = makedev(sx.stx_dev_major, sx.stx_dev_minor);
     out.inode = sx.stx_ino;
 #ifndef STATX_ATTR_MOUNT_ROOT

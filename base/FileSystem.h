@@ -19,6 +19,7 @@ struct ItemInfo {
     qint64 allocated = 0; // space on disk (st_blocks * 512)
     qint64 birthNs = 0; // creation time, when the file system records one
     qint64 modifiedNs = 0;
+    qint64 changedNs = 0; // status change time: moves on with every change to the file
     bool hasBirth = false;
     bool mountRoot = false; // the root of a mount (a bind mount of the same file system included)
     dev_t device = 0;

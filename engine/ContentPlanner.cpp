@@ -20,9 +20,24 @@ quint64 mix(quint64 seed, quint64 value) {
 // read.
 constexpr qint64 kLastBlockMinimum = 64 * 1024;
 
+// Jobs the walk may queue ahead of the readers; each holds a path.
+constexpr size_t kWalkQueueLimit = 16384;
+
 enum Tag : quint64 { FileTag = 1, UnreadableTag = 2, UnitTag = 3, FolderTag = 4, EmptyTag = 5 };
 
 } // namespace
+
+DigestCache::Key cacheKeyOf(const FileSystem::ItemInfo& info) {
+    DigestCache::Key key;
+    key.size = info.size;
+    if (info.kind == FileSystem::Kind::Regular) {
+        key.device = static_cast<quint64>(info.device);
+        key.inode = static_cast<quint64>(info.inode);
+        key.modifiedNs = info.modifiedNs;
+        key.changedNs = info.changedNs;
+    }
+    return key;
+}
 
 ContentPlanner::ContentPlanner(HashPool& pool, std::atomic<qint64>& totalCount, bool readEverything)
     : m_pool(pool)
@@ -41,10 +56,15 @@ bool ContentPlanner::isNeeded(const File& file, const FolderTree* tree) {
 }
 
 void ContentPlanner::submit(const File& file, const FolderTree* tree, quint64 order, HashPool::Part part) {
+    // Every file of one block or less takes the fast digest, whether or not a folder takes it in:
+    // the choice depends on the length alone, so equal files, and so equal folders, still get equal
+    // fingerprints. A full read keeps MD5 throughout.
+    if (!m_readEverything && file.size() <= HashPool::kBlock)
+        part = HashPool::Part::WholeFast;
     HashPool::Job job;
     job.path = pathOf(file, tree);
     job.slot = file.slot;
-    job.size = file.size;
+    job.key = file.key;
     job.order = order;
     job.part = part;
     m_pool.submit(std::move(job));
@@ -53,7 +73,7 @@ void ContentPlanner::submit(const File& file, const FolderTree* tree, quint64 or
 // A file that shares its length with another candidate: a short one is read whole at once, a
 // longer one first has its first block looked at.
 void ContentPlanner::start(File file, const FolderTree* tree) {
-    if (file.size <= HashPool::kBlock) {
+    if (file.size() <= HashPool::kBlock) {
         submit(file, tree);
         return;
     }
@@ -61,7 +81,7 @@ void ContentPlanner::start(File file, const FolderTree* tree) {
     HashPool::Job job;
     job.path = pathOf(probe.file, tree);
     job.probe = &probe.blocks;
-    job.size = probe.file.size;
+    job.key = probe.file.key;
     job.part = HashPool::Part::FirstBlock;
     m_pool.submit(std::move(job));
 }
@@ -76,6 +96,7 @@ void ContentPlanner::settleUnread(const File& file, const FolderTree* tree) {
 }
 
 void ContentPlanner::addFile(File file, bool published, const FolderTree* tree) {
+    m_pool.waitForRoom(kWalkQueueLimit);
     if (m_readEverything) {
         submit(file, tree);
         return;
@@ -84,7 +105,7 @@ void ContentPlanner::addFile(File file, bool published, const FolderTree* tree) 
         m_waiting.push_back(std::move(file));
         return;
     }
-    SizeBucket& bucket = m_bySize[file.size];
+    SizeBucket& bucket = m_bySize[file.size()];
     ++bucket.published;
     if (bucket.published == 1) {
         bucket.first = std::move(file);
@@ -207,29 +228,29 @@ void ContentPlanner::splitProbes(const FolderTree* tree) {
     probes.reserve(m_probes.size());
     for (Probe& probe : m_probes)
         probes.push_back(&probe);
-    split(probes, [](const Probe* p) { return std::pair(p->file.size, p->blocks.first); });
+    split(probes, [](const Probe* p) { return std::pair(p->file.size(), p->blocks.first); });
 
     // Large files that tie on their first block (a shared header, say) often differ at the end.
     std::vector<Probe*> whole;
     std::vector<Probe*> lastStage;
     for (Probe* probe : probes)
-        (probe->file.size >= kLastBlockMinimum ? lastStage : whole).push_back(probe);
+        (probe->file.size() >= kLastBlockMinimum ? lastStage : whole).push_back(probe);
     for (Probe* probe : lastStage) {
         HashPool::Job job;
         job.path = pathOf(probe->file, tree);
         job.probe = &probe->blocks;
-        job.size = probe->file.size;
+        job.key = probe->file.key;
         job.order = probe->blocks.location;
         job.part = HashPool::Part::LastBlock;
         m_pool.submit(std::move(job));
     }
     m_pool.waitForAll();
-    split(lastStage, [](const Probe* p) { return std::tuple(p->file.size, p->blocks.first, p->blocks.last); });
+    split(lastStage, [](const Probe* p) { return std::tuple(p->file.size(), p->blocks.first, p->blocks.last); });
     whole.insert(whole.end(), lastStage.begin(), lastStage.end());
 
     // Files that still tie are read whole. Where no folder takes in any of their digests, the
     // digest only decides which of them match, and the faster one does.
-    auto key = [](const Probe* p) { return std::tuple(p->file.size, p->blocks.first, p->blocks.last); };
+    auto key = [](const Probe* p) { return std::tuple(p->file.size(), p->blocks.first, p->blocks.last); };
     std::sort(whole.begin(), whole.end(), [&](const Probe* a, const Probe* b) { return key(a) < key(b); });
     std::vector<std::pair<const Probe*, HashPool::Part>> reads;
     reads.reserve(whole.size());
@@ -261,13 +282,13 @@ void ContentPlanner::finish(FolderTree* tree, const QSet<QString>& ignoredTypes)
         // Folders that share a shape are told apart by their files' first blocks as well, so every
         // longer file in them has its first block looked at; equal folders have equal blocks.
         std::erase_if(m_waiting, [&](const File& file) {
-            if (!isNeeded(file, tree) || file.size <= HashPool::kBlock)
+            if (!isNeeded(file, tree) || file.size() <= HashPool::kBlock)
                 return false;
             Probe& probe = folderProbes.emplace_back(Probe { file, {} });
             HashPool::Job job;
             job.path = pathOf(file, tree);
             job.probe = &probe.blocks;
-            job.size = file.size;
+            job.key = file.key;
             job.part = HashPool::Part::FirstBlock;
             m_pool.submit(std::move(job));
             return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/FileSystem.h"
 #include "detect/FolderTree.h"
 #include "engine/HashPool.h"
 
@@ -12,6 +13,9 @@
 #include <vector>
 
 struct ScanSettings;
+
+// The digest-cache key of an item as the walk saw it; only regular files are ever looked up.
+DigestCache::Key cacheKeyOf(const FileSystem::ItemInfo& info);
 
 // Decides which files a scan must read. A file's digest can change the result only when the file
 // itself could match another entry of the grouped table (a published file of the same length), or
@@ -30,15 +34,17 @@ struct ScanSettings;
 // their last: a file whose block differs from every other candidate of its length cannot match any
 // of them and is left unread (unless a folder needs it). Only files that still tie are read whole,
 // in the order they lie on the disk, with a faster digest than MD5 where no folder needs theirs:
-// like MD5's, its collisions are taken not to happen.
+// like MD5's, its collisions are taken not to happen. Files of one block or less always take the
+// faster digest, so that the choice follows from the length alone.
 class ContentPlanner {
 public:
     struct File {
         Fingerprint* slot;
-        qint64 size;
+        DigestCache::Key key; // as the walk saw it: its length, and its entry in the digest cache
         qint32 node; // the folder holding it in the tree, or -1 for a target
         qint32 child; // its index among that folder's children
         QByteArray path; // targets only; files in the tree are named by node and child
+        qint64 size() const { return key.size; }
     };
 
     ContentPlanner(HashPool& pool, std::atomic<qint64>& totalCount, bool readEverything);

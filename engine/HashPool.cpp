@@ -95,6 +95,15 @@ qint64 nowNs() {
     return nanoseconds(now);
 }
 
+Fingerprint::Digest fastDigestOf(XXH128_hash_t hash) {
+    XXH128_canonical_t canonical;
+    XXH128_canonicalFromHash(&canonical, hash);
+    static_assert(sizeof canonical.digest == 16);
+    Fingerprint::Digest out;
+    std::memcpy(out.data(), canonical.digest, out.size());
+    return out;
+}
+
 // The whole file's digest (MD5, or XXH3 when `fast`) read in large chunks, noting its first and
 // last blocks on the way.
 std::optional<Fingerprint::Digest> readWhole(
@@ -106,7 +115,8 @@ std::optional<Fingerprint::Digest> readWhole(
         XXH3_128bits_reset(fastHash.get());
     static constexpr qint64 kChunk = 128 * 1024;
     std::unique_ptr<char[]> buffer(new char[kChunk]);
-    QByteArray head;
+    qint64 offset = 0;
+    ssize_t lastChunk = 0;
     for (;;) {
         const ssize_t n = ::read(fd, buffer.get(), kChunk);
         if (n < 0) {
@@ -116,9 +126,12 @@ std::optional<Fingerprint::Digest> readWhole(
         }
         if (n == 0)
             break;
+        // A short first read (which local files do not give) leaves the first block unnoted.
+        if (offset == 0 && n >= HashPool::kBlock)
+            learnt.first = HashPool::blockDigest(buffer.get(), HashPool::kBlock);
         bytesRead += n;
-        if (head.size() < HashPool::kBlock)
-            head.append(buffer.get(), std::min<qint64>(n, HashPool::kBlock - head.size()));
+        offset += n;
+        lastChunk = n;
         if (fast)
             XXH3_128bits_update(fastHash.get(), buffer.get(), static_cast<size_t>(n));
         else
@@ -126,23 +139,77 @@ std::optional<Fingerprint::Digest> readWhole(
     }
     Fingerprint::Digest out;
     if (fast) {
-        XXH128_canonical_t canonical;
-        XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(fastHash.get()));
-        static_assert(sizeof canonical.digest == 16);
-        std::memcpy(out.data(), canonical.digest, out.size());
+        out = fastDigestOf(XXH3_128bits_digest(fastHash.get()));
         learnt.fast = out;
     } else {
         const QByteArray digest = hash.result();
         std::memcpy(out.data(), digest.constData(), out.size());
         learnt.whole = out;
     }
-    learnt.first = HashPool::blockDigest(head.constData(), head.size());
-    learnt.last = size <= HashPool::kBlock ? learnt.first : blockAt(fd, size - HashPool::kBlock, bytesRead);
+    if (lastChunk >= HashPool::kBlock)
+        learnt.last = HashPool::blockDigest(buffer.get() + lastChunk - HashPool::kBlock, HashPool::kBlock);
+    else
+        learnt.last = blockAt(fd, size - HashPool::kBlock, bytesRead);
     return out;
 }
 
+// A file of at most one block, read with one call: its length is known, so no further call is
+// needed to meet its end (a file that grew or shrank meanwhile is caught by the check after).
+std::optional<Fingerprint::Digest> readShort(int fd, qint64 size, bool fast, qint64& bytesRead) {
+    char buffer[HashPool::kBlock];
+    qint64 got = 0;
+    if (size > 0 && (!readAt(fd, buffer, size, 0, got) || got != size))
+        return std::nullopt;
+    bytesRead += got;
+    if (fast)
+        return fastDigestOf(XXH3_128bits(buffer, static_cast<size_t>(got)));
+    const QByteArray digest = QCryptographicHash::hash(QByteArrayView(buffer, got), QCryptographicHash::Md5);
+    Fingerprint::Digest out;
+    std::memcpy(out.data(), digest.constData(), out.size());
+    return out;
+}
+
+void logChanged(const QByteArray& path) {
+    Log::line(QStringLiteral("changed during the scan, compared with nothing: %1").arg(PathBytes::display(path)));
+}
+
+// Answers the job from the cache alone when it holds the part asked for, without opening the file.
+bool answerFromCache(const HashPool::Job& job, const DigestCache::Entry& known) {
+    switch (job.part) {
+    case HashPool::Part::Whole:
+    case HashPool::Part::WholeFast: {
+        const std::optional<DigestCache::Digest>& stored
+            = job.part == HashPool::Part::WholeFast ? known.fast : known.whole;
+        if (!stored)
+            return false;
+        *job.slot = Fingerprint::fromDigest(*stored);
+        return true;
+    }
+    case HashPool::Part::FirstBlock:
+        if (!known.first)
+            return false;
+        job.probe->first = *known.first;
+        // Not opened, so where it lies is not known: the inode number orders any whole read.
+        job.probe->location = job.key.inode;
+        return true;
+    case HashPool::Part::LastBlock:
+        if (!known.last)
+            return false;
+        job.probe->last = *known.last;
+        return true;
+    }
+    return false;
+}
+
 // Reads what the job asks for, or takes it from the cache; answers the number of bytes read.
-qint64 readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader& reader) {
+qint64 readJob(const HashPool::Job& job, DigestCache* cache) {
+    // The walk's key finds the entry before anything is opened: a rescan of an unchanged tree opens
+    // no file at all.
+    if (cache && job.key.inode != 0) {
+        const std::optional<DigestCache::Entry> known = cache->find(job.key);
+        if (known && answerFromCache(job, *known))
+            return 0;
+    }
     // O_NONBLOCK keeps a FIFO that replaced a file since the walk from blocking the open; such an
     // item is then refused because it is not a regular file.
     FileSystem::Fd fd(FileSystem::openPath(job.path, O_RDONLY | O_NONBLOCK));
@@ -154,9 +221,8 @@ qint64 readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader
         failure = errno == ENOENT || errno == ENOTDIR ? Fingerprint::vanished() : Fingerprint::noHash();
     } else if (::fstat(fd.get(), &st) != 0) {
         failure = Fingerprint::noHash();
-    } else if (!S_ISREG(st.st_mode) || st.st_size != job.size) {
-        Log::line(
-            QStringLiteral("changed during the scan, compared with nothing: %1").arg(PathBytes::display(job.path)));
+    } else if (!S_ISREG(st.st_mode) || st.st_size != job.key.size) {
+        logChanged(job.path);
         failure = createRandomBytes();
     }
     if (failure) {
@@ -170,8 +236,6 @@ qint64 readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader
     }
     const qint64 size = st.st_size;
     const DigestCache::Key key = keyOf(st);
-    const bool cached = cache && size >= HashPool::kCachedMinimum;
-    const std::optional<DigestCache::Entry> known = cached ? reader.find(key) : std::nullopt;
     DigestCache::Entry learnt;
     qint64 bytesRead = 0;
     bool ok = true;
@@ -179,16 +243,18 @@ qint64 readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader
     case HashPool::Part::Whole:
     case HashPool::Part::WholeFast: {
         const bool fast = job.part == HashPool::Part::WholeFast;
-        const std::optional<DigestCache::Digest> stored = !known ? std::nullopt : fast ? known->fast : known->whole;
-        if (stored) {
-            *job.slot = Fingerprint::fromDigest(*stored);
-            return 0;
+        std::optional<Fingerprint::Digest> digest;
+        if (size <= HashPool::kBlock) {
+            digest = readShort(fd.get(), size, fast, bytesRead);
+            if (digest)
+                (fast ? learnt.fast : learnt.whole) = *digest;
+        } else {
+            digest = readWhole(fd.get(), size, fast, learnt, bytesRead);
         }
-        const std::optional<Fingerprint::Digest> digest = readWhole(fd.get(), size, fast, learnt, bytesRead);
         ok = digest.has_value();
-        if (ok && !unchangedSince(fd.get(), st)) {
-            Log::line(
-                QStringLiteral("changed during the scan, compared with nothing: %1").arg(PathBytes::display(job.path)));
+        // An empty file was not read, so it cannot have changed while it was.
+        if (ok && size > 0 && !unchangedSince(fd.get(), st)) {
+            logChanged(job.path);
             *job.slot = createRandomBytes();
             return bytesRead;
         }
@@ -197,20 +263,12 @@ qint64 readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader
     }
     case HashPool::Part::FirstBlock:
         job.probe->location = locationOf(fd.get(), st);
-        if (known && known->first) {
-            job.probe->first = *known->first;
-            return 0;
-        }
         learnt.first = blockAt(fd.get(), 0, bytesRead);
         job.probe->failed = !learnt.first;
         job.probe->first = learnt.first.value_or(0);
         ok = learnt.first.has_value();
         break;
     case HashPool::Part::LastBlock:
-        if (known && known->last) {
-            job.probe->last = *known->last;
-            return 0;
-        }
         learnt.last = blockAt(fd.get(), std::max<qint64>(0, size - HashPool::kBlock), bytesRead);
         job.probe->failed = !learnt.last;
         job.probe->last = learnt.last.value_or(0);
@@ -219,7 +277,8 @@ qint64 readJob(const HashPool::Job& job, DigestCache* cache, DigestCache::Reader
     }
     // Stored only when the file did not change while it was read, and not so recently that a
     // change within the same time-stamp tick could still follow unseen.
-    if (cached && ok && nanoseconds(st.st_ctim) <= nowNs() - cache->settleNs() && unchangedSince(fd.get(), st))
+    if (cache && ok && nanoseconds(st.st_ctim) <= nowNs() - cache->settleNs()
+        && (size == 0 || unchangedSince(fd.get(), st)))
         cache->store(key, learnt);
     return bytesRead;
 }
@@ -248,10 +307,7 @@ bool isRotational(dev_t device) {
 } // namespace
 
 quint64 HashPool::blockDigest(const char* data, qint64 length) {
-    const QByteArray digest = QCryptographicHash::hash(QByteArrayView(data, length), QCryptographicHash::Md5);
-    quint64 value;
-    std::memcpy(&value, digest.constData(), sizeof value);
-    return value;
+    return XXH3_64bits(data, static_cast<size_t>(length));
 }
 
 HashPool::Options HashPool::optionsForTargets(const QList<QByteArray>& targets) {
@@ -299,7 +355,7 @@ bool HashPool::before(const Queued& a, const Queued& b) const {
             return a.job.order > b.job.order;
         return a.serial > b.serial;
     }
-    return a.job.size < b.job.size;
+    return a.job.key.size < b.job.key.size;
 }
 
 void HashPool::push(Job&& job) {
@@ -326,13 +382,22 @@ void HashPool::submit(Job&& job) {
     m_hasWork.notify_one();
 }
 
+void HashPool::waitForRoom(size_t limit) {
+    std::unique_lock lock(m_mutex);
+    if (m_queue.size() <= limit)
+        return;
+    // Woken once the readers have taken half of it, so that the walk goes on in long stretches.
+    m_roomWanted = std::max<size_t>(1, limit / 2);
+    m_room.wait(lock, [&] { return m_queue.size() <= m_roomWanted; });
+    m_roomWanted = 0;
+}
+
 void HashPool::waitForAll() {
     std::unique_lock lock(m_mutex);
     m_idle.wait(lock, [this] { return m_queue.empty() && m_running == 0; });
 }
 
 void HashPool::work() {
-    DigestCache::Reader reader(m_options.cache);
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_hasWork.wait(lock, [this] { return m_stopping || !m_queue.empty(); });
@@ -342,10 +407,12 @@ void HashPool::work() {
             m_queue.begin(), m_queue.end(), [this](const Queued& a, const Queued& b) { return before(a, b); });
         Job job = std::move(m_queue.back().job);
         m_queue.pop_back();
+        if (m_roomWanted != 0 && m_queue.size() <= m_roomWanted)
+            m_room.notify_all();
         ++m_running;
         lock.unlock();
 
-        const qint64 bytes = readJob(job, m_options.cache, reader);
+        const qint64 bytes = readJob(job, m_options.cache);
         if (m_options.bytesRead)
             m_options.bytesRead->fetch_add(bytes, std::memory_order_relaxed);
         if (job.slot)

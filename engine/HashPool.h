@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/DigestCache.h"
 #include "detect/Fingerprint.h"
 
 #include <QByteArray>
@@ -9,8 +10,6 @@
 #include <mutex>
 #include <thread>
 #include <vector>
-
-class DigestCache;
 
 // What a look at a file's first or last block found. `location` is where the file starts on disk
 // (its first physical block, or its inode number where the file system does not tell), the key of
@@ -32,12 +31,11 @@ struct BlockProbe {
 // big file does not keep a single core busy at the end. On a rotational disk one thread reads, in
 // the order of the jobs' `order` keys (then as submitted), so that the head sweeps the disk once.
 //
-// With a digest cache, files of at least kCachedMinimum bytes are looked up before they are read
-// and what is read is stored for the next run.
+// With a digest cache, each file is looked up under the key the walk saw before it is opened, and
+// what is read is stored for the next run.
 class HashPool {
 public:
     static constexpr qint64 kBlock = 4096;
-    static constexpr qint64 kCachedMinimum = kBlock + 1;
 
     // A whole read gives the file's MD5, or for files whose digest only decides whether they match
     // each other (no folder fingerprint takes it in) a 128-bit XXH3, many times faster to compute.
@@ -46,7 +44,7 @@ public:
         QByteArray path;
         Fingerprint* slot = nullptr; // whole-file jobs
         BlockProbe* probe = nullptr; // block jobs
-        qint64 size = 0;
+        DigestCache::Key key; // the file as the walk saw it; its length is the length to read
         quint64 order = 0;
         Part part = Part::Whole;
     };
@@ -72,8 +70,11 @@ public:
     void submit(std::vector<Job>&& jobs);
     void submit(Job&& job);
     void waitForAll();
+    // Blocks while more than `limit` jobs wait, so that a walk far ahead of the reads does not
+    // hold every file's job in memory at once.
+    void waitForRoom(size_t limit);
 
-    // The digest of a block as probes hold it (the first eight bytes of its MD5).
+    // The digest of a block as probes hold it (its 64-bit XXH3).
     static quint64 blockDigest(const char* data, qint64 length);
 
 private:
@@ -90,6 +91,8 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_hasWork;
     std::condition_variable m_idle;
+    std::condition_variable m_room;
+    size_t m_roomWanted = 0; // the queue length a waitForRoom() call waits for, 0 for none
     std::vector<Queued> m_queue; // a heap: the next job to read on top
     quint64 m_serial = 0;
     size_t m_running = 0;

@@ -29,7 +29,7 @@ struct TargetStep {
 };
 
 void planFile(ContentPlanner& planner, TargetStep& step, const FileSystem::ItemInfo& info, bool published) {
-    planner.addFile({ &step.fingerprint, info.size, -1, -1, step.path }, published, nullptr);
+    planner.addFile({ &step.fingerprint, cacheKeyOf(info), -1, -1, step.path }, published, nullptr);
 }
 
 // The targets as they are walked: a symbolic link given as a target stands for the item it names,

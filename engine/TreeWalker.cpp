@@ -149,6 +149,8 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
     const bool scanBundles = settings.checkPKG == QLatin1String("y");
     std::vector<FolderChild> children;
     children.reserve(entries.size());
+    std::vector<DigestCache::Key> keys; // the files' cache keys, by child index
+    keys.reserve(entries.size());
     std::vector<qint32> subfolders;
     for (auto& [name, info] : entries) {
         FolderChild child;
@@ -205,6 +207,7 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
         }
         child.name = std::move(name);
         children.push_back(std::move(child));
+        keys.push_back(children.back().marker == ChildMarker::F ? cacheKeyOf(info) : DigestCache::Key {});
     }
 
     // Only now, with the list final, may the planner be given addresses inside it.
@@ -217,7 +220,7 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
             continue;
         // Files under the minimum size are not candidates themselves, only parts of their folder.
         m_planner.addFile(
-            { &child.fingerprint, child.size, index, static_cast<qint32>(i), {} }, child.allocated >= nub, &m_tree);
+            { &child.fingerprint, keys[i], index, static_cast<qint32>(i), {} }, child.allocated >= nub, &m_tree);
     }
     // Depth first, in name order, so that hashing follows the folders as they were listed.
     pending.insert(pending.end(), subfolders.rbegin(), subfolders.rend());
