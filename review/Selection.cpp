@@ -4,12 +4,26 @@
 #include "base/SettingsStore.h"
 #include "review/Prompter.h"
 
+#include <algorithm>
+
 bool Selection::contains(const DuplicateFilePtr& file) const {
     return duplicateSelectedArray.contains(file);
 }
 
 qsizetype Selection::countSelected(const duplicates& group) const {
-    return countIn(group, chosenSet());
+    // A group of a few files is looked up in the list itself, which costs far less than a set of a
+    // large choice.
+    if (group.listAll().size() > 8)
+        return countIn(group, chosenSet());
+    qsizetype count = 0;
+    const QList<DuplicateFilePtr>& files = group.listAll();
+    for (qsizetype i = 0; i < files.size(); ++i) {
+        const bool repeated = std::any_of(
+            files.begin(), files.begin() + i, [&](const DuplicateFilePtr& before) { return before == files[i]; });
+        if (!repeated && duplicateSelectedArray.contains(files[i]))
+            ++count;
+    }
+    return count;
 }
 
 std::unordered_set<const duplicateFile*> Selection::chosenSet() const {
