@@ -34,7 +34,7 @@ namespace {
 
 // The bidirectional controls U+061C, U+200E, U+200F, U+202A..U+202E and U+2066..U+2069 end the
 // search for an extension just as a space does. `end` is the index just past the character.
-bool endsWithBidiControl(const QByteArray& name, qsizetype end) {
+bool endsWithBidiControl(QByteArrayView name, qsizetype end) {
     if (end >= 2 && static_cast<uchar>(name[end - 2]) == 0xD8 && static_cast<uchar>(name[end - 1]) == 0x9C)
         return true;
     if (end < 3 || static_cast<uchar>(name[end - 3]) != 0xE2)
@@ -50,21 +50,26 @@ bool endsWithBidiControl(const QByteArray& name, qsizetype end) {
 
 } // namespace
 
-QByteArray pathExtension(const QByteArray& path) {
-    const QByteArray name = lastPathComponent(path);
-    if (name == "/")
-        return QByteArray();
+QByteArrayView extensionView(QByteArrayView path) {
+    if (path == "/")
+        return {};
+    const QByteArrayView name = path.sliced(path.lastIndexOf('/') + 1);
     for (qsizetype i = name.size() - 1; i >= 0; --i) {
         const char c = name[i];
         if (c == '.') {
             if (i == 0 || i == name.size() - 1)
-                return QByteArray();
-            return name.mid(i + 1);
+                return {};
+            return name.sliced(i + 1);
         }
         if (c == ' ' || c == '/' || endsWithBidiControl(name, i + 1))
-            return QByteArray();
+            return {};
     }
-    return QByteArray();
+    return {};
+}
+
+QByteArray pathExtension(const QByteArray& path) {
+    const QByteArrayView extension = extensionView(path);
+    return extension.isEmpty() ? QByteArray() : extension.toByteArray();
 }
 
 QString lowerExtension(const QByteArray& path) {

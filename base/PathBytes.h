@@ -15,6 +15,8 @@ QByteArray appendingComponent(const QByteArray& folder, const QByteArray& name);
 // The file-URL extension rule: the text after the last dot of the last component, case kept;
 // none when that dot leads the name, ends it, or a space (or a bidirectional control) follows it.
 QByteArray pathExtension(const QByteArray& path);
+// The same extension as a view into `path`, for callers that only look at it.
+QByteArrayView extensionView(QByteArrayView path);
 // The extension lower-cased, as the ignored-type list compares it.
 QString lowerExtension(const QByteArray& path);
 

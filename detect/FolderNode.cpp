@@ -150,7 +150,7 @@ void FolderNode::publish() {
             continue; // an ignored folder, or one already walked through another path
         if (!keepHidden && PathBytes::isHiddenName(child.name))
             continue;
-        if (m_appDel.ignoredTypes.contains(PathBytes::lowerExtension(child.name)))
+        if (m_appDel.ignoredTypes.matches(child.name))
             continue;
         if (child.marker == ChildMarker::F && settings.nub > child.allocated)
             continue;

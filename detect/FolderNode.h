@@ -2,6 +2,7 @@
 
 #include "detect/FingerprintTable.h"
 #include "detect/FolderTree.h"
+#include "detect/IgnoredTypes.h"
 
 #include <QSet>
 #include <QString>
@@ -13,7 +14,7 @@ struct ScanSettings;
 // What a folder node reads and writes: the scan settings and the fingerprint table it publishes to.
 struct FolderNodeContext {
     const ScanSettings& settings;
-    const QSet<QString>& ignoredTypes; // lower-case extensions
+    const IgnoredTypes& ignoredTypes;
     FingerprintTable& table;
     FolderTree& tree;
 };

@@ -81,8 +81,8 @@ ScanEngine::ScanEngine(ScanState& state, ScanObserver& observer)
 }
 
 void ScanEngine::rebuildIgnoreSets() {
-    m_ignoredTypes
-        = QSet<QString>(m_state.settings.ignoreFileTypeList.cbegin(), m_state.settings.ignoreFileTypeList.cend());
+    m_ignoredTypes = IgnoredTypes(
+        QSet<QString>(m_state.settings.ignoreFileTypeList.cbegin(), m_state.settings.ignoreFileTypeList.cend()));
     m_ignoredFolders
         = QSet<QByteArray>(m_state.settings.ignoreFolderList.cbegin(), m_state.settings.ignoreFolderList.cend());
 }
@@ -104,7 +104,7 @@ HashPool::Options ScanEngine::poolOptions(const QList<QByteArray>& targets, Dige
 }
 
 bool ScanEngine::isIgnoredType(const QByteArray& path) const {
-    return m_ignoredTypes.contains(PathBytes::lowerExtension(path));
+    return m_ignoredTypes.matches(path);
 }
 
 qint64 ScanEngine::fileSizeOf(const QByteArray& path) {

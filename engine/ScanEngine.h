@@ -1,6 +1,7 @@
 #pragma once
 
 #include "detect/Grouping.h"
+#include "detect/IgnoredTypes.h"
 #include "engine/HashPool.h"
 
 #include <QByteArray>
@@ -66,7 +67,7 @@ private:
 
     ScanState& m_state;
     ScanObserver& m_observer;
-    QSet<QString> m_ignoredTypes;
+    IgnoredTypes m_ignoredTypes;
     QSet<QByteArray> m_ignoredFolders;
     bool m_readEverything = false;
     std::optional<qint64> m_cacheSettleNs;

@@ -174,7 +174,7 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
                 child.marker = ChildMarker::FD;
                 if (!scanBundles) {
                     child.fingerprint = Fingerprint::fromDigest(md5Digest(childPath));
-                } else if (m_rules.ignoredTypes.contains(PathBytes::lowerExtension(name))) {
+                } else if (m_rules.ignoredTypes.matches(name)) {
                     child.excluded = true;
                     m_totalCount.fetch_add(1, std::memory_order_relaxed);
                 } else {
@@ -198,7 +198,7 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
             child.marker = ChildMarker::F;
             child.allocated = info.allocated;
             child.size = info.size;
-            if (m_rules.ignoredTypes.contains(PathBytes::lowerExtension(name))) {
+            if (m_rules.ignoredTypes.matches(name)) {
                 child.excluded = true;
                 m_totalCount.fetch_add(1, std::memory_order_relaxed);
             }
@@ -222,6 +222,7 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
         m_planner.addFile(
             { &child.fingerprint, keys[i], index, static_cast<qint32>(i), {} }, child.allocated >= nub, &m_tree);
     }
+    m_planner.endFolder();
     // Depth first, in name order, so that hashing follows the folders as they were listed.
     pending.insert(pending.end(), subfolders.rbegin(), subfolders.rend());
 }

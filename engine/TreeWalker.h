@@ -2,6 +2,7 @@
 
 #include "base/FileSystem.h"
 #include "detect/FolderTree.h"
+#include "detect/IgnoredTypes.h"
 
 #include <QSet>
 #include <QString>
@@ -13,7 +14,7 @@ class ContentPlanner;
 
 struct WalkRules {
     const ScanSettings& settings;
-    const QSet<QString>& ignoredTypes;
+    const IgnoredTypes& ignoredTypes;
     const QSet<QByteArray>& ignoredFolders;
 };
 

@@ -644,7 +644,7 @@ private slots:
         folders.nodes.push_back({ tree.path("S"), { file("a", same), file("c", Fingerprint::noHash()) }, -1 });
         ScanSettings settings;
         settings.nub = 0;
-        const QSet<QString> noTypes;
+        const IgnoredTypes noTypes;
         FolderNodeContext context { settings, noTypes, table, folders };
         for (qint32 i = 0; i < 4; ++i)
             scanDirectory::initWithURL(context, i);
