@@ -178,6 +178,7 @@ void DigestCache::load() {
         std::sort(m_rows.begin(), m_rows.end(), less);
     std::lock_guard lock(m_loadMutex);
     m_loaded = true;
+    m_loadEnded.store(true, std::memory_order_release);
     m_loadDone.notify_all();
 }
 

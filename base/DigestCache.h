@@ -66,6 +66,8 @@ public:
     // Queues what was learnt of a file; parts already known for the same key are kept. Any thread.
     void store(const Key& key, const Entry& entry);
     bool isUsable() const { return m_usable.load(std::memory_order_relaxed); }
+    // Whether the load has ended, so that find() would not wait.
+    bool isLoaded() const { return m_loadEnded.load(std::memory_order_acquire); }
 
     // Entries whose change time is this close to the present are not stored: the file may still
     // change within the same time-stamp tick, which no key could tell apart.
@@ -119,6 +121,7 @@ private:
     std::mutex m_loadMutex;
     std::condition_variable m_loadDone;
     bool m_loaded = false;
+    std::atomic<bool> m_loadEnded { false };
 
     QMutex m_mutex;
     QHash<QPair<quint64, quint64>, Pending> m_pending;

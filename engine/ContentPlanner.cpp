@@ -20,8 +20,10 @@ quint64 mix(quint64 seed, quint64 value) {
 // read.
 constexpr qint64 kLastBlockMinimum = 64 * 1024;
 
-// Jobs the walk may queue ahead of the readers; each holds a path.
+// Jobs the walk may queue ahead of the readers.
 constexpr size_t kWalkQueueLimit = 16384;
+// Jobs handed to the pool at once (and at the end of each folder), so that it is woken seldom.
+constexpr size_t kBatch = 256;
 
 enum Tag : quint64 { FileTag = 1, UnreadableTag = 2, UnitTag = 3, FolderTag = 4, EmptyTag = 5 };
 
@@ -44,11 +46,37 @@ ContentPlanner::ContentPlanner(HashPool& pool, std::atomic<qint64>& totalCount, 
     , m_totalCount(totalCount)
     , m_readEverything(readEverything) { }
 
-QByteArray ContentPlanner::pathOf(const File& file, const FolderTree* tree) const {
-    if (file.node < 0)
-        return file.path;
-    const FolderTreeNode& folder = tree->nodes[static_cast<size_t>(file.node)];
-    return PathBytes::appendingComponent(folder.path, folder.children[static_cast<size_t>(file.child)].name);
+HashPool::Job ContentPlanner::jobFor(const File& file, const FolderTree* tree, HashPool::Part part) const {
+    HashPool::Job job;
+    if (file.node < 0) {
+        job.path = file.path;
+    } else {
+        // Named by its folder and place: the path is put together only if the file is opened.
+        job.folder = &tree->nodes[static_cast<size_t>(file.node)];
+        job.child = file.child;
+    }
+    job.key = file.key;
+    job.part = part;
+    return job;
+}
+
+void ContentPlanner::queue(HashPool::Job&& job) {
+    m_batch.push_back(std::move(job));
+    if (m_batch.size() >= kBatch)
+        flush();
+}
+
+void ContentPlanner::flush() {
+    if (m_batch.empty())
+        return;
+    m_pool.submit(std::move(m_batch));
+    m_batch.clear();
+    m_pool.waitForRoom(kWalkQueueLimit);
+}
+
+void ContentPlanner::drain() {
+    flush();
+    m_pool.waitForAll();
 }
 
 bool ContentPlanner::isNeeded(const File& file, const FolderTree* tree) {
@@ -61,13 +89,10 @@ void ContentPlanner::submit(const File& file, const FolderTree* tree, quint64 or
     // fingerprints. A full read keeps MD5 throughout.
     if (!m_readEverything && file.size() <= HashPool::kBlock)
         part = HashPool::Part::WholeFast;
-    HashPool::Job job;
-    job.path = pathOf(file, tree);
+    HashPool::Job job = jobFor(file, tree, part);
     job.slot = file.slot;
-    job.key = file.key;
     job.order = order;
-    job.part = part;
-    m_pool.submit(std::move(job));
+    queue(std::move(job));
 }
 
 // A file that shares its length with another candidate: a short one is read whole at once, a
@@ -78,12 +103,9 @@ void ContentPlanner::start(File file, const FolderTree* tree) {
         return;
     }
     Probe& probe = m_probes.emplace_back(Probe { std::move(file), {} });
-    HashPool::Job job;
-    job.path = pathOf(probe.file, tree);
+    HashPool::Job job = jobFor(probe.file, tree, HashPool::Part::FirstBlock);
     job.probe = &probe.blocks;
-    job.key = probe.file.key;
-    job.part = HashPool::Part::FirstBlock;
-    m_pool.submit(std::move(job));
+    queue(std::move(job));
 }
 
 void ContentPlanner::settleUnread(const File& file, const FolderTree* tree) {
@@ -96,7 +118,6 @@ void ContentPlanner::settleUnread(const File& file, const FolderTree* tree) {
 }
 
 void ContentPlanner::addFile(File file, bool published, const FolderTree* tree) {
-    m_pool.waitForRoom(kWalkQueueLimit);
     if (m_readEverything) {
         submit(file, tree);
         return;
@@ -119,7 +140,7 @@ void ContentPlanner::addFile(File file, bool published, const FolderTree* tree) 
 }
 
 void ContentPlanner::markNeededFolders(
-    FolderTree& tree, const QSet<QString>& ignoredTypes, const QHash<const Fingerprint*, quint64>* blocks) {
+    FolderTree& tree, const IgnoredTypes& ignoredTypes, const QHash<const Fingerprint*, quint64>* blocks) {
     const size_t n = tree.nodes.size();
     std::vector<quint64> shape(n, 0);
     std::vector<bool> unique(n, false);
@@ -174,7 +195,7 @@ void ContentPlanner::markNeededFolders(
     // A folder is published unless its own extension is an ignored type; targets always are.
     auto published = [&](size_t i) {
         const FolderTreeNode& folder = tree.nodes[i];
-        return folder.parent < 0 || !ignoredTypes.contains(PathBytes::lowerExtension(folder.path));
+        return folder.parent < 0 || !ignoredTypes.matches(folder.path);
     };
     QHash<quint64, int> folders;
     for (size_t i = 0; i < n; ++i) {
@@ -236,15 +257,12 @@ void ContentPlanner::splitProbes(const FolderTree* tree) {
     for (Probe* probe : probes)
         (probe->file.size() >= kLastBlockMinimum ? lastStage : whole).push_back(probe);
     for (Probe* probe : lastStage) {
-        HashPool::Job job;
-        job.path = pathOf(probe->file, tree);
+        HashPool::Job job = jobFor(probe->file, tree, HashPool::Part::LastBlock);
         job.probe = &probe->blocks;
-        job.key = probe->file.key;
         job.order = probe->blocks.location;
-        job.part = HashPool::Part::LastBlock;
-        m_pool.submit(std::move(job));
+        queue(std::move(job));
     }
-    m_pool.waitForAll();
+    drain();
     split(lastStage, [](const Probe* p) { return std::tuple(p->file.size(), p->blocks.first, p->blocks.last); });
     whole.insert(whole.end(), lastStage.begin(), lastStage.end());
 
@@ -268,7 +286,8 @@ void ContentPlanner::splitProbes(const FolderTree* tree) {
     std::deque<Probe>().swap(m_probes);
 }
 
-void ContentPlanner::finish(FolderTree* tree, const QSet<QString>& ignoredTypes) {
+void ContentPlanner::finish(FolderTree* tree, const IgnoredTypes& ignoredTypes) {
+    flush();
     if (m_readEverything)
         return;
     for (auto it = m_bySize.begin(); it != m_bySize.end(); ++it) {
@@ -285,15 +304,12 @@ void ContentPlanner::finish(FolderTree* tree, const QSet<QString>& ignoredTypes)
             if (!isNeeded(file, tree) || file.size() <= HashPool::kBlock)
                 return false;
             Probe& probe = folderProbes.emplace_back(Probe { file, {} });
-            HashPool::Job job;
-            job.path = pathOf(file, tree);
+            HashPool::Job job = jobFor(file, tree, HashPool::Part::FirstBlock);
             job.probe = &probe.blocks;
-            job.key = file.key;
-            job.part = HashPool::Part::FirstBlock;
-            m_pool.submit(std::move(job));
+            queue(std::move(job));
             return true;
         });
-        m_pool.waitForAll();
+        drain();
         QHash<const Fingerprint*, quint64> blocks;
         blocks.reserve(static_cast<qsizetype>(m_probes.size() + folderProbes.size()));
         for (const std::deque<Probe>* probes : { &m_probes, &folderProbes }) {
@@ -315,6 +331,7 @@ void ContentPlanner::finish(FolderTree* tree, const QSet<QString>& ignoredTypes)
             m_totalCount.fetch_add(1, std::memory_order_relaxed);
         }
     }
-    m_pool.waitForAll(); // every candidate's first block is known
+    drain(); // every candidate's first block is known
     splitProbes(tree);
+    flush();
 }

@@ -2,6 +2,7 @@
 
 #include "base/FileSystem.h"
 #include "detect/FolderTree.h"
+#include "detect/IgnoredTypes.h"
 #include "engine/HashPool.h"
 
 #include <QHash>
@@ -51,10 +52,12 @@ public:
 
     // A file met by the walk. `published`: it lands in the grouped table itself.
     void addFile(File file, bool published, const FolderTree* tree);
+    // The walk is done with a folder: what it queued goes to the pool.
+    void endFolder() { flush(); }
 
     // After the walk: marks the folders whose fingerprint is needed, reads the files that need it
     // and leaves the others unread. `tree` may be null when the walk made no folders.
-    void finish(FolderTree* tree, const QSet<QString>& ignoredTypes);
+    void finish(FolderTree* tree, const IgnoredTypes& ignoredTypes);
 
 private:
     struct SizeBucket {
@@ -66,7 +69,12 @@ private:
         BlockProbe blocks;
     };
 
-    QByteArray pathOf(const File& file, const FolderTree* tree) const;
+    HashPool::Job jobFor(const File& file, const FolderTree* tree, HashPool::Part part) const;
+    void queue(HashPool::Job&& job);
+    // Hands the queued jobs to the pool, then waits while it is far behind.
+    void flush();
+    // Waits until every job handed over so far is done.
+    void drain();
     static bool isNeeded(const File& file, const FolderTree* tree);
     void submit(
         const File& file, const FolderTree* tree, quint64 order = 0, HashPool::Part part = HashPool::Part::Whole);
@@ -76,7 +84,7 @@ private:
     // `blocks`, when given, holds the first-block digests of the longer files in the folders
     // already marked, which tell apart folders of the same shape.
     void markNeededFolders(
-        FolderTree& tree, const QSet<QString>& ignoredTypes, const QHash<const Fingerprint*, quint64>* blocks);
+        FolderTree& tree, const IgnoredTypes& ignoredTypes, const QHash<const Fingerprint*, quint64>* blocks);
 
     HashPool& m_pool;
     std::atomic<qint64>& m_totalCount;
@@ -84,4 +92,5 @@ private:
     QHash<qint64, SizeBucket> m_bySize;
     std::vector<File> m_waiting;
     std::deque<Probe> m_probes; // the pool writes into them: addresses stay put
+    std::vector<HashPool::Job> m_batch;
 };

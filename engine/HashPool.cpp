@@ -202,17 +202,22 @@ bool answerFromCache(const HashPool::Job& job, const DigestCache::Entry& known) 
 }
 
 // Reads what the job asks for, or takes it from the cache; answers the number of bytes read.
+bool answeredByCache(const HashPool::Job& job, DigestCache* cache) {
+    if (!cache || job.key.inode == 0)
+        return false;
+    const std::optional<DigestCache::Entry> known = cache->find(job.key);
+    return known && answerFromCache(job, *known);
+}
+
 qint64 readJob(const HashPool::Job& job, DigestCache* cache) {
     // The walk's key finds the entry before anything is opened: a rescan of an unchanged tree opens
     // no file at all.
-    if (cache && job.key.inode != 0) {
-        const std::optional<DigestCache::Entry> known = cache->find(job.key);
-        if (known && answerFromCache(job, *known))
-            return 0;
-    }
+    if (answeredByCache(job, cache))
+        return 0;
+    const QByteArray path = job.filePath();
     // O_NONBLOCK keeps a FIFO that replaced a file since the walk from blocking the open; such an
     // item is then refused because it is not a regular file.
-    FileSystem::Fd fd(FileSystem::openPath(job.path, O_RDONLY | O_NONBLOCK));
+    FileSystem::Fd fd(FileSystem::openPath(path, O_RDONLY | O_NONBLOCK));
     struct stat st;
     // A file gone since the walk is left out; one that cannot be opened is "NOHash"; one that is no
     // longer the regular file of the walk's length matches nothing. None of them is ever grouped.
@@ -222,7 +227,7 @@ qint64 readJob(const HashPool::Job& job, DigestCache* cache) {
     } else if (::fstat(fd.get(), &st) != 0) {
         failure = Fingerprint::noHash();
     } else if (!S_ISREG(st.st_mode) || st.st_size != job.key.size) {
-        logChanged(job.path);
+        logChanged(path);
         failure = createRandomBytes();
     }
     if (failure) {
@@ -254,7 +259,7 @@ qint64 readJob(const HashPool::Job& job, DigestCache* cache) {
         ok = digest.has_value();
         // An empty file was not read, so it cannot have changed while it was.
         if (ok && size > 0 && !unchangedSince(fd.get(), st)) {
-            logChanged(job.path);
+            logChanged(path);
             *job.slot = createRandomBytes();
             return bytesRead;
         }
@@ -363,7 +368,22 @@ void HashPool::push(Job&& job) {
     std::push_heap(m_queue.begin(), m_queue.end(), [this](const Queued& a, const Queued& b) { return before(a, b); });
 }
 
+QByteArray HashPool::Job::filePath() const {
+    if (!folder)
+        return path;
+    return PathBytes::appendingComponent(folder->path, folder->children[static_cast<size_t>(child)].name);
+}
+
 void HashPool::submit(std::vector<Job>&& jobs) {
+    if (m_options.cache && m_options.cache->isLoaded()) {
+        std::erase_if(jobs, [this](const Job& job) {
+            if (!answeredByCache(job, m_options.cache))
+                return false;
+            if (job.slot)
+                m_finished.fetch_add(1, std::memory_order_relaxed);
+            return true;
+        });
+    }
     if (jobs.empty())
         return;
     {

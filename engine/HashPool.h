@@ -2,6 +2,7 @@
 
 #include "base/DigestCache.h"
 #include "detect/Fingerprint.h"
+#include "detect/FolderTree.h"
 
 #include <QByteArray>
 #include <QList>
@@ -41,12 +42,16 @@ public:
     // each other (no folder fingerprint takes it in) a 128-bit XXH3, many times faster to compute.
     enum class Part : uint8_t { Whole, WholeFast, FirstBlock, LastBlock };
     struct Job {
-        QByteArray path;
+        QByteArray path; // or, for a file in a walked folder, that folder and its place there:
+        const FolderTreeNode* folder = nullptr;
+        qint32 child = -1;
         Fingerprint* slot = nullptr; // whole-file jobs
         BlockProbe* probe = nullptr; // block jobs
         DigestCache::Key key; // the file as the walk saw it; its length is the length to read
         quint64 order = 0;
         Part part = Part::Whole;
+
+        QByteArray filePath() const;
     };
 
     struct Options {
@@ -67,6 +72,7 @@ public:
     // `queue/rotational`), otherwise every core.
     static Options optionsForTargets(const QList<QByteArray>& targets);
 
+    // Jobs the digest cache answers (once it is loaded) are done at once, on the calling thread.
     void submit(std::vector<Job>&& jobs);
     void submit(Job&& job);
     void waitForAll();
