@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/FileSystem.h"
 #include "detect/duplicateFile.h"
 
 #include <QList>
@@ -12,7 +13,9 @@ class duplicates {
 public:
     // Builds the group from paths of equal fingerprint: reads each creation date, sorts the members
     // (stable, so equal dates keep the given order) and classifies the original.
-    static std::shared_ptr<duplicates> initWithURL(const QList<QByteArray>& paths, qint64 size);
+    // `firstInfo`, when given, is what a look at the first path found just before.
+    static std::shared_ptr<duplicates> initWithURL(
+        const QList<QByteArray>& paths, qint64 size, const FileSystem::ItemInfo* firstInfo = nullptr);
 
     const QList<DuplicateFilePtr>& listAll() const { return m_listAll; }
     void setListAll(const QList<DuplicateFilePtr>& list) { m_listAll = list; }
@@ -36,3 +39,4 @@ using DuplicateGroupPtr = std::shared_ptr<duplicates>;
 // The category of an item: 20 folder, 70 bundle or framework, the file classes for regular files,
 // nothing for anything else.
 std::optional<int> categoryOfItem(const QByteArray& path);
+std::optional<int> categoryOfItem(const QByteArray& path, const FileSystem::ItemInfo& info);

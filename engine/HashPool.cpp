@@ -29,9 +29,11 @@ qint64 nanoseconds(const struct timespec& time) {
     return static_cast<qint64>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
 }
 
+// The device number is put together from its parts as the walk's statx gives them, so that both
+// keys of one file are equal.
 DigestCache::Key keyOf(const struct stat& st) {
-    return { static_cast<quint64>(st.st_dev), static_cast<quint64>(st.st_ino), static_cast<qint64>(st.st_size),
-        nanoseconds(st.st_mtim), nanoseconds(st.st_ctim) };
+    return { static_cast<quint64>(makedev(major(st.st_dev), minor(st.st_dev))), static_cast<quint64>(st.st_ino),
+        static_cast<qint64>(st.st_size), nanoseconds(st.st_mtim), nanoseconds(st.st_ctim) };
 }
 
 // Reads exactly `length` bytes at `offset` unless the file ends first; false on a read error.
@@ -209,21 +211,96 @@ bool answeredByCache(const HashPool::Job& job, DigestCache* cache) {
     return known && answerFromCache(job, *known);
 }
 
-qint64 readJob(const HashPool::Job& job, DigestCache* cache) {
+// What a reader keeps between jobs: the folder it last opened a file in, so that the next file of
+// that folder is opened by its name alone instead of by its whole path.
+struct ReaderState {
+    const FolderTreeNode* folder = nullptr;
+    FileSystem::Fd folderFd;
+};
+
+// O_NONBLOCK keeps a FIFO that replaced a file since the walk from blocking the open; such an item
+// is then refused because it is not a regular file.
+int openJobFile(const HashPool::Job& job, ReaderState& reader) {
+    constexpr int kFlags = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
+    if (job.folder) {
+        if (reader.folder != job.folder) {
+            reader.folder = job.folder;
+            reader.folderFd = FileSystem::Fd(FileSystem::openPath(job.folder->path, O_PATH | O_DIRECTORY));
+        }
+        if (reader.folderFd.isValid()) {
+            const QByteArray& name = job.folder->children[static_cast<size_t>(job.child)].name;
+            return ::openat(reader.folderFd.get(), name.constData(), kFlags);
+        }
+    }
+    return FileSystem::openPath(job.filePath(), kFlags);
+}
+
+void settleFailure(const HashPool::Job& job, const Fingerprint& failure) {
+    if (job.slot) {
+        *job.slot = failure;
+    } else {
+        job.probe->failed = true;
+        job.probe->failure = failure;
+    }
+}
+
+Fingerprint openFailure() {
+    return errno == ENOENT || errno == ENOTDIR ? Fingerprint::vanished() : Fingerprint::noHash();
+}
+
+// A whole file of one block or less: opened, read with one call and looked at once afterwards. It
+// must then still be the regular file the walk saw, with the same length and times, so what was
+// read is what the walk saw.
+qint64 readShortJob(const HashPool::Job& job, DigestCache* cache, ReaderState& reader) {
+    FileSystem::Fd fd(openJobFile(job, reader));
+    if (!fd.isValid()) {
+        *job.slot = openFailure();
+        return 0;
+    }
+    const bool fast = job.part == HashPool::Part::WholeFast;
+    qint64 bytesRead = 0;
+    const std::optional<Fingerprint::Digest> digest = readShort(fd.get(), job.key.size, fast, bytesRead);
+    struct stat st;
+    if (::fstat(fd.get(), &st) != 0) {
+        *job.slot = Fingerprint::noHash();
+        return bytesRead;
+    }
+    const DigestCache::Key key = keyOf(st);
+    if (!S_ISREG(st.st_mode) || key.device != job.key.device || key.inode != job.key.inode || key.size != job.key.size
+        || key.modifiedNs != job.key.modifiedNs || key.changedNs != job.key.changedNs) {
+        logChanged(job.filePath());
+        *job.slot = createRandomBytes();
+        return bytesRead;
+    }
+    if (!digest) {
+        *job.slot = Fingerprint::noHash();
+        return bytesRead;
+    }
+    *job.slot = Fingerprint::fromDigest(*digest);
+    if (cache && key.changedNs <= nowNs() - cache->settleNs()) {
+        DigestCache::Entry learnt;
+        (fast ? learnt.fast : learnt.whole) = *digest;
+        cache->store(key, learnt);
+    }
+    return bytesRead;
+}
+
+qint64 readJob(const HashPool::Job& job, DigestCache* cache, ReaderState& reader) {
     // The walk's key finds the entry before anything is opened: a rescan of an unchanged tree opens
     // no file at all.
     if (answeredByCache(job, cache))
         return 0;
+    const bool whole = job.part == HashPool::Part::Whole || job.part == HashPool::Part::WholeFast;
+    if (whole && job.key.size <= HashPool::kBlock && job.key.inode != 0)
+        return readShortJob(job, cache, reader);
     const QByteArray path = job.filePath();
-    // O_NONBLOCK keeps a FIFO that replaced a file since the walk from blocking the open; such an
-    // item is then refused because it is not a regular file.
-    FileSystem::Fd fd(FileSystem::openPath(path, O_RDONLY | O_NONBLOCK));
+    FileSystem::Fd fd(openJobFile(job, reader));
     struct stat st;
     // A file gone since the walk is left out; one that cannot be opened is "NOHash"; one that is no
     // longer the regular file of the walk's length matches nothing. None of them is ever grouped.
     std::optional<Fingerprint> failure;
     if (!fd.isValid()) {
-        failure = errno == ENOENT || errno == ENOTDIR ? Fingerprint::vanished() : Fingerprint::noHash();
+        failure = openFailure();
     } else if (::fstat(fd.get(), &st) != 0) {
         failure = Fingerprint::noHash();
     } else if (!S_ISREG(st.st_mode) || st.st_size != job.key.size) {
@@ -231,12 +308,7 @@ qint64 readJob(const HashPool::Job& job, DigestCache* cache) {
         failure = createRandomBytes();
     }
     if (failure) {
-        if (job.slot) {
-            *job.slot = *failure;
-        } else {
-            job.probe->failed = true;
-            job.probe->failure = *failure;
-        }
+        settleFailure(job, *failure);
         return 0;
     }
     const qint64 size = st.st_size;
@@ -360,7 +432,14 @@ bool HashPool::before(const Queued& a, const Queued& b) const {
             return a.job.order > b.job.order;
         return a.serial > b.serial;
     }
-    return a.job.key.size < b.job.key.size;
+    // Files below a megabyte take little time each: they go in the order they came, which keeps a
+    // folder's files together.
+    constexpr qint64 kLarge = 1024 * 1024;
+    const qint64 sizeA = std::max(a.job.key.size, kLarge);
+    const qint64 sizeB = std::max(b.job.key.size, kLarge);
+    if (sizeA != sizeB)
+        return sizeA < sizeB;
+    return a.serial > b.serial;
 }
 
 void HashPool::push(Job&& job) {
@@ -418,6 +497,7 @@ void HashPool::waitForAll() {
 }
 
 void HashPool::work() {
+    ReaderState reader;
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_hasWork.wait(lock, [this] { return m_stopping || !m_queue.empty(); });
@@ -432,7 +512,7 @@ void HashPool::work() {
         ++m_running;
         lock.unlock();
 
-        const qint64 bytes = readJob(job, m_options.cache);
+        const qint64 bytes = readJob(job, m_options.cache, reader);
         if (m_options.bytesRead)
             m_options.bytesRead->fetch_add(bytes, std::memory_order_relaxed);
         if (job.slot)

@@ -392,14 +392,25 @@ void ScanEngine::identifyDuplicates() {
 
     DepthOrderedKeys keys = DepthOrderedKeys::fromTable(m_state.hashDic);
     m_state.totalDuplicateCountFiles = keys.count();
+    // The look at a group's first path that gives its size serves its member record as well.
+    QByteArray measured;
+    FileSystem::ItemInfo measuredInfo;
     GroupingCallbacks callbacks;
-    callbacks.sizeOf = &ScanEngine::fileSizeOf;
+    callbacks.sizeOf = [&](const QByteArray& path) {
+        measured = path;
+        if (!FileSystem::stat(path, measuredInfo))
+            return qint64(0);
+        if (measuredInfo.kind == FileSystem::Kind::Directory)
+            return FileSystem::sumUnit(path, FileSystem::SizeKey::Allocated).bytes;
+        return measuredInfo.allocated;
+    };
     callbacks.keyExamined = [this] { m_state.totalDuplicateCountTemp.fetch_add(1, std::memory_order_relaxed); };
-    callbacks.groupFound = [this](const QList<QByteArray>& paths, qint64 size) {
+    callbacks.groupFound = [&](const QList<QByteArray>& paths, qint64 size) {
         const auto count = static_cast<quint64>(paths.size());
         m_state.totalDuplicateCount += count;
         m_state.wastedSpaceDuplicates += static_cast<quint64>(size) * count;
-        m_state.duplicateMainArray.append(duplicates::initWithURL(paths, size));
+        const bool known = !paths.isEmpty() && paths.first() == measured;
+        m_state.duplicateMainArray.append(duplicates::initWithURL(paths, size, known ? &measuredInfo : nullptr));
     };
     groupByFingerprint(std::move(keys), m_state.settings.nub, callbacks);
 
