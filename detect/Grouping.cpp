@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <numeric>
+#include <tuple>
 
 DepthOrderedKeys DepthOrderedKeys::fromTable(FingerprintTable& table) {
     DepthOrderedKeys keys;
@@ -67,22 +68,27 @@ void groupByFingerprint(DepthOrderedKeys keys, qint64 minimumSize, const Groupin
     std::vector<bool> removed(n, false);
 
     // Inverted index: positions grouped by fingerprint, each run in visiting order. Sorted as a
-    // compact copy of the fingerprints, which keeps the sort within the cache.
+    // compact copy of the fingerprints compared as integers: only runs of equal values matter, not
+    // the order between them.
     std::vector<uint32_t> byFingerprint(n);
     {
         struct Keyed {
-            Fingerprint fingerprint;
+            quint64 high;
+            quint64 low;
+            uint32_t kind;
             uint32_t index;
         };
         std::vector<Keyed> keyed(n);
-        for (uint32_t i = 0; i < n; ++i)
-            keyed[i] = { entries[i].fingerprint, i };
+        for (uint32_t i = 0; i < n; ++i) {
+            const Fingerprint& fingerprint = entries[i].fingerprint;
+            Keyed& key = keyed[i];
+            std::memcpy(&key.high, fingerprint.digest().data(), sizeof key.high);
+            std::memcpy(&key.low, fingerprint.digest().data() + sizeof key.high, sizeof key.low);
+            key.kind = static_cast<uint32_t>(fingerprint.kind());
+            key.index = i;
+        }
         std::sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) {
-            if (a.fingerprint.kind() != b.fingerprint.kind())
-                return a.fingerprint.kind() < b.fingerprint.kind();
-            const int order = std::memcmp(
-                a.fingerprint.digest().data(), b.fingerprint.digest().data(), a.fingerprint.digest().size());
-            return order != 0 ? order < 0 : a.index < b.index;
+            return std::tie(a.high, a.low, a.kind, a.index) < std::tie(b.high, b.low, b.kind, b.index);
         });
         for (uint32_t i = 0; i < n; ++i)
             byFingerprint[i] = keyed[i].index;
