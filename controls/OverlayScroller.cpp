@@ -1,5 +1,7 @@
 #include "controls/OverlayScroller.h"
 
+#include "controls/AccessibleControls.h"
+
 #include <QAbstractScrollArea>
 #include <QMouseEvent>
 #include <QPainter>
@@ -21,6 +23,7 @@ OverlayScroller::OverlayScroller(QAbstractScrollArea* area)
     , m_viewportObject(area->viewport())
     , m_bar(area->verticalScrollBar())
     , m_fade(new QPropertyAnimation(this, "opacity", this)) {
+    AccessibleControls::install();
     area->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setAttribute(Qt::WA_NoSystemBackground);
     setMouseTracking(true);

@@ -24,6 +24,8 @@ public:
     bool isShowing() const;
     // The thumb's rectangle in this widget's coordinates; empty when nothing scrolls.
     QRect thumbRect() const;
+    // The area's own vertical bar, which the overlay draws and moves.
+    QScrollBar* scrollBar() const { return m_bar; }
 
     static constexpr int kWidth = 12;
     static constexpr int kHideDelayMs = 900;

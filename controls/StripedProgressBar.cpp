@@ -1,9 +1,13 @@
 #include "controls/StripedProgressBar.h"
 
+#include "controls/AccessibleControls.h"
+
+#include <QAccessible>
 #include <QPainter>
 #include <QPainterPath>
 #include <QTimerEvent>
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -14,6 +18,7 @@ constexpr int kStripeWidth = 12; // one light and one dark band
 
 StripedProgressBar::StripedProgressBar(QWidget* parent)
     : QWidget(parent) {
+    AccessibleControls::install();
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setAttribute(Qt::WA_OpaquePaintEvent, false);
 }
@@ -24,6 +29,10 @@ void StripedProgressBar::setValue(double value) {
         return;
     m_value = value;
     update();
+    if (QAccessible::isActive()) {
+        QAccessibleValueChangeEvent event(this, static_cast<int>(std::lround(value * 100)));
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 void StripedProgressBar::setIndeterminate(bool indeterminate) {

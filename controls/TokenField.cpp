@@ -1,5 +1,7 @@
 #include "controls/TokenField.h"
 
+#include "controls/AccessibleControls.h"
+
 #include <QBoxLayout>
 #include <QEvent>
 #include <QKeyEvent>
@@ -74,21 +76,31 @@ private:
     QList<QLayoutItem*> m_items;
 };
 
-// One token: a rounded chip with its text and a remove mark at the right end.
-class Chip : public QWidget {
+// One token: a rounded chip with its text and a remove mark at the right end. A click on the mark,
+// or Delete and Backspace while the chip has the focus, removes it; the arrows move the focus along
+// the chips (the field decides where to).
+class TokenChip : public QWidget {
+    Q_OBJECT
+
 public:
-    Chip(const QString& text, std::function<void()> remove, QWidget* parent)
+    TokenChip(const QString& text, std::function<void()> remove, std::function<void(int)> step, QWidget* parent)
         : QWidget(parent)
         , m_text(text)
-        , m_remove(std::move(remove)) {
+        , m_remove(std::move(remove))
+        , m_step(std::move(step)) {
         setToolTip(text);
+        setAccessibleName(text);
         setMouseTracking(true);
+        setFocusPolicy(Qt::ClickFocus);
     }
 
     QSize sizeHint() const override {
         const QFontMetrics metrics(font());
         return { metrics.horizontalAdvance(m_text) + 10 + markWidth + 6, metrics.height() + 6 };
     }
+
+    // The accessible press action.
+    Q_INVOKABLE void remove() { m_remove(); }
 
 protected:
     void paintEvent(QPaintEvent*) override {
@@ -97,10 +109,10 @@ protected:
         const QRectF box = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
         const QColor accent = palette().color(QPalette::Highlight);
         QColor fill = accent;
-        fill.setAlpha(40);
+        fill.setAlpha(hasFocus() ? 110 : 40);
         QColor border = accent;
-        border.setAlpha(110);
-        painter.setPen(border);
+        border.setAlpha(hasFocus() ? 255 : 110);
+        painter.setPen(QPen(border, hasFocus() ? 1.5 : 1.0));
         painter.setBrush(fill);
         painter.drawRoundedRect(box, box.height() / 2, box.height() / 2);
         painter.setPen(palette().color(QPalette::Text));
@@ -113,6 +125,24 @@ protected:
         painter.drawLine(cross.topLeft(), cross.bottomRight());
         painter.drawLine(cross.topRight(), cross.bottomLeft());
     }
+    void keyPressEvent(QKeyEvent* event) override {
+        switch (event->key()) {
+        case Qt::Key_Delete:
+        case Qt::Key_Backspace:
+            m_remove();
+            return;
+        case Qt::Key_Left:
+            m_step(-1);
+            return;
+        case Qt::Key_Right:
+            m_step(1);
+            return;
+        default:
+            QWidget::keyPressEvent(event);
+        }
+    }
+    void focusInEvent(QFocusEvent*) override { update(); }
+    void focusOutEvent(QFocusEvent*) override { update(); }
     void mouseMoveEvent(QMouseEvent* event) override {
         const bool hover = markRect().contains(event->position());
         if (hover != m_hover) {
@@ -138,6 +168,7 @@ private:
 
     QString m_text;
     std::function<void()> m_remove;
+    std::function<void(int)> m_step;
     bool m_hover = false;
 };
 
@@ -148,6 +179,7 @@ TokenField::TokenField(QWidget* parent)
     , m_scroll(new QScrollArea(this))
     , m_content(new QWidget)
     , m_input(new QLineEdit) {
+    AccessibleControls::install();
     setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
     setBackgroundRole(QPalette::Base);
     setAutoFillBackground(true);
@@ -208,6 +240,14 @@ bool TokenField::eventFilter(QObject* watched, QEvent* event) {
                 removeToken(m_tokens.size() - 1);
                 return true;
             }
+            // Left at the start of the input goes on to the last chip; what was typed becomes a
+            // token first, as when the focus leaves the field.
+            if (key->key() == Qt::Key_Left && key->modifiers() == Qt::NoModifier && m_input->cursorPosition() == 0
+                && !m_input->hasSelectedText() && !text().isEmpty()) {
+                commitInput();
+                focusChip(m_tokens.size() - 1);
+                return true;
+            }
         } else if (event->type() == QEvent::FocusOut) {
             commitInput();
             finishEditing();
@@ -244,9 +284,14 @@ void TokenField::commitInput() {
 void TokenField::removeToken(qsizetype index) {
     if (index < 0 || index >= m_tokens.size())
         return;
+    // A chip removed from the keyboard hands the focus to the chip that takes its place.
+    const QWidget* focused = window()->focusWidget();
+    const bool chipFocused = focused && focused != m_input && m_content->isAncestorOf(focused);
     m_tokens.removeAt(index);
     m_changed = true;
     rebuildChips();
+    if (chipFocused)
+        focusChip(std::min(index, m_tokens.size() - 1));
     if (!m_input->hasFocus())
         finishEditing();
 }
@@ -270,12 +315,24 @@ void TokenField::rebuildChips() {
     // Chips go before the input, which always stays last.
     flow->removeWidget(m_input);
     for (qsizetype i = 0; i < m_tokens.size(); ++i) {
-        auto* chip = new Chip(
-            m_tokens.at(i), [this, i] { removeToken(i); }, m_content);
+        auto* chip = new TokenChip(
+            m_tokens.at(i), [this, i] { removeToken(i); }, [this, i](int step) { focusChip(i + step); }, m_content);
         flow->addWidget(chip);
+        // Shown now rather than when the layout gets to it, so that it can take the focus at once.
+        chip->show();
     }
     flow->addWidget(m_input);
     flow->invalidate();
     m_content->updateGeometry();
     m_scroll->ensureWidgetVisible(m_input);
 }
+
+void TokenField::focusChip(qsizetype index) {
+    // The chips stand in the layout in token order, the input after them: an index past the last
+    // chip (or none left) is the input.
+    const QLayout* flow = m_content->layout();
+    const int at = static_cast<int>(std::clamp<qsizetype>(index, 0, flow->count() - 1));
+    flow->itemAt(at)->widget()->setFocus(Qt::OtherFocusReason);
+}
+
+#include "TokenField.moc"

@@ -9,7 +9,9 @@ class QScrollArea;
 // A field of tokens shown as rounded chips with a place to type at the end. Its text is the tokens
 // joined by the tokenizing character (the pi sign by default, chosen so that ordinary punctuation
 // can stand inside a token). Typing that character or pressing Return turns what was typed into a
-// token; Backspace in the empty input removes the last token; each chip has a remove mark.
+// token; Backspace in the empty input removes the last token; each chip has a remove mark. From the
+// keyboard, Left at the start of the input reaches the chips, the arrows move along them and Delete
+// removes the one with the focus.
 class TokenField : public QFrame {
     Q_OBJECT
 
@@ -39,6 +41,7 @@ private:
     void removeToken(qsizetype index);
     void finishEditing();
     void rebuildChips();
+    void focusChip(qsizetype index);
 
     QChar m_separator = QChar(0x03C0);
     QStringList m_tokens;

@@ -2,6 +2,8 @@
 #include "controls/TokenField.h"
 #include "support/TempTree.h"
 
+#include <QAccessible>
+#include <QAccessibleActionInterface>
 #include <QLineEdit>
 #include <QMimeDatabase>
 #include <QtTest>
@@ -96,6 +98,52 @@ private slots:
         QTest::mouseClick(first, Qt::LeftButton, {}, QPoint(first->width() - 12, first->height() / 2));
         QCOMPARE(field.tokens(), QStringList { "two" });
         QCOMPARE(finished.size(), 1);
+    }
+
+    // From the keyboard: Left at the start of the input reaches the chips, the arrows walk them,
+    // Delete removes the one in focus and hands the focus to its neighbour; Right past the last
+    // chip is the input again. A screen reader sees each chip as a button named after its token,
+    // which removes it when pressed.
+    void chipsByKeysAndForScreenReaders() {
+        TokenField field;
+        field.setText(QStringLiteral("zipπpdfπgz"));
+        field.resize(300, 80);
+        field.show();
+        QVERIFY(QTest::qWaitForWindowActive(&field));
+        QSignalSpy finished(&field, &TokenField::editingFinished);
+        const auto chipNamed = [&field](const QString& name) -> QWidget* {
+            for (QWidget* child : field.findChildren<QWidget*>()) {
+                if (child->inherits("TokenChip") && child->isVisible() && child->accessibleName() == name)
+                    return child;
+            }
+            return nullptr;
+        };
+        field.input()->setFocus();
+        QTest::keyClicks(field.input(), QStringLiteral("ab"));
+        QTest::keyClick(field.input(), Qt::Key_Left); // within the typed text: the input keeps it
+        QCOMPARE(QApplication::focusWidget(), field.input());
+        QTest::keyClick(field.input(), Qt::Key_Home);
+        QTest::keyClick(field.input(), Qt::Key_Left); // what was typed is a token now
+        QCOMPARE(QApplication::focusWidget(), chipNamed(QStringLiteral("ab")));
+        QCOMPARE(finished.size(), 1);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
+        QCOMPARE(QApplication::focusWidget(), chipNamed(QStringLiteral("gz")));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Delete);
+        QCOMPARE(field.tokens(), (QStringList { "zip", "gz", "ab" }));
+        QCOMPARE(finished.size(), 2);
+        QCOMPARE(QApplication::focusWidget(), chipNamed(QStringLiteral("gz")));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right);
+        QCOMPARE(QApplication::focusWidget(), field.input());
+
+        QAccessibleInterface* chip = QAccessible::queryAccessibleInterface(chipNamed(QStringLiteral("zip")));
+        QVERIFY(chip && chip->actionInterface());
+        QCOMPARE(chip->role(), QAccessible::Button);
+        QCOMPARE(chip->text(QAccessible::Name), QStringLiteral("zip"));
+        QCOMPARE(chip->actionInterface()->actionNames(), QStringList { QAccessibleActionInterface::pressAction() });
+        chip->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        QCOMPARE(field.tokens(), (QStringList { "gz", "ab" }));
     }
 };
 
