@@ -175,6 +175,12 @@ void AppDelegate::applicationWillFinishLaunching() {
     m_window->addScreen(m_progressViewObj);
     m_window->addScreen(m_resultViewObj);
     buildOlderViews();
+    // Tab follows the window from the top: the toolbar's buttons, then the screen shown (hidden
+    // screens are passed over).
+    QList<QWidget*> tabOrder { backButton(), nextButton() };
+    tabOrder << m_mainViewObj->tabOrder() << m_resultViewObj->tabOrder();
+    for (qsizetype i = 1; i < tabOrder.size(); ++i)
+        QWidget::setTabOrder(tabOrder[i - 1], tabOrder[i]);
     AppMenus::build(*m_window, *this);
     m_window->mayClose = [this] { return mayQuit(); };
 
@@ -218,6 +224,14 @@ void AppDelegate::makeWindowFor(int screen) {
     }
     m_isMainScreen = screen == 0;
     m_window->showScreen(screens[screen], screen);
+    // The keyboard starts where the work of the screen is: the folder list (Add Folders while it
+    // is empty) and the group list.
+    if (screen == 0)
+        m_window->keepFocusIn(m_mainViewObj,
+            m_mainViewObj->folderList().isEmpty() ? static_cast<QWidget*>(m_mainViewObj->addButton())
+                                                  : m_mainViewObj->mainScanList());
+    else if (screen == 2)
+        m_window->keepFocusIn(m_resultViewObj, m_resultViewObj->duplicateListMain());
     validateMenus();
 }
 
@@ -225,6 +239,12 @@ void AppDelegate::makeToolbarItem(int state) {
     m_typetoolbar = state;
     if (!toolbar()->applyState(state))
         Log::line(QStringLiteral("Not Found"));
+    // When a scan has ended the button that goes on takes the focus: Space (or Return, after
+    // duplicates were found) presses it.
+    if (state == 3)
+        backButton()->setFocus(Qt::OtherFocusReason);
+    else if (state == 4)
+        nextButton()->setFocus(Qt::OtherFocusReason);
     emit toolBarText();
     validateMenus();
 }

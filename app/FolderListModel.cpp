@@ -130,6 +130,10 @@ QVariant FolderListModel::data(const QModelIndex& index, int role) const {
     }
     case SizeRole:
         return m_tempSizeCount.value(path, kCalculating);
+    case Qt::AccessibleTextRole:
+        return QString(data(index, NameRole).toString() + QStringLiteral(", ") + data(index, SizeRole).toString());
+    case Qt::AccessibleDescriptionRole:
+        return PathBytes::display(path);
     default:
         return {};
     }

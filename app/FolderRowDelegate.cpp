@@ -33,12 +33,11 @@ void FolderRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     if (hovered)
         painter->fillRect(row, QColor(0x2f, 0x80, 0xd0, 18));
     // The keyboard's row: tinted, and framed while the list has the focus.
-    if (option.state & QStyle::State_Selected) {
+    if (option.state & QStyle::State_Selected)
         painter->fillRect(row, QColor(0x2f, 0x80, 0xd0, 36));
-        if (option.state & QStyle::State_HasFocus) {
-            painter->setPen(QPen(QColor(0x2f, 0x80, 0xd0), 1.5));
-            painter->drawRect(QRectF(row).adjusted(1, 1, -1, -1));
-        }
+    if (option.state & QStyle::State_HasFocus) {
+        painter->setPen(QPen(QColor(0x2f, 0x80, 0xd0), 1.5));
+        painter->drawRect(QRectF(row).adjusted(1, 1, -1, -1));
     }
     painter->setPen(QColor(0xe3, 0xe6, 0xea));
     painter->drawLine(row.left() + kMargin, row.bottom(), row.right() - kMargin, row.bottom());

@@ -24,10 +24,12 @@ const QString kTitleStyle = QStringLiteral(
     " padding: 0 18px; background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #4a9be6, stop:1 #2371c9); }"
     "QPushButton:pressed { background: #1f64b3; }"
     "QPushButton:disabled { color: #f3f6f9; border-color: #b9c3ce;"
-    " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #d3dbe4, stop:1 #c3cdd8); }");
-const QString kImageStyle
-    = QStringLiteral("QPushButton { border: none; background: transparent; padding: 0; }"
-                     "QPushButton:pressed { background: rgba(0, 0, 0, 25); border-radius: 16px; }");
+    " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #d3dbe4, stop:1 #c3cdd8); }"
+    // The focus mark: a dark ring, the padding one point thinner so the button keeps its size.
+    "QPushButton:focus { border: 2px solid #0e3763; padding: 0 17px; }");
+const QString kImageStyle = QStringLiteral("QPushButton { border: none; background: transparent; padding: 0; }"
+                                           "QPushButton:pressed { background: rgba(0, 0, 0, 25); border-radius: 16px; }"
+                                           "QPushButton:focus { border: 2px solid #2f80d0; border-radius: 18px; }");
 
 QString html(const QString& text) {
     return text.toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br>"));
@@ -35,7 +37,8 @@ QString html(const QString& text) {
 
 QPushButton* makeButton(QWidget* parent) {
     auto* button = new QPushButton(parent);
-    button->setFocusPolicy(Qt::NoFocus);
+    // Tab reaches the buttons (Space presses them); a click leaves the focus where it was.
+    button->setFocusPolicy(Qt::TabFocus);
     button->setCursor(Qt::PointingHandCursor);
     QSizePolicy policy = button->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
@@ -113,12 +116,14 @@ void MainToolbar::setButton(
         button->setIconSize(kImageSize);
         button->setText(QString());
         button->setToolTip(text);
+        button->setAccessibleName(text);
         button->setFixedSize(kImageSize + QSize(4, 4));
     } else {
         button->setStyleSheet(bordered ? kTitleStyle : kImageStyle);
         button->setIcon(QIcon());
         button->setText(text);
         button->setToolTip(QString());
+        button->setAccessibleName(QString());
         button->setMinimumSize(0, 0);
         button->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
         button->setFixedHeight(32);
@@ -134,9 +139,10 @@ bool MainToolbar::applyState(int typetoolbar) {
     const QString next = QStringLiteral("btn_next_step_enable");
     if (typetoolbar < 0 || typetoolbar > 6)
         return false;
-    // Return is only taken while it starts a scan: elsewhere it belongs to the focused control.
+    // Return is only taken while it starts a scan or shows what a scan found: elsewhere it belongs
+    // to the focused control.
     for (QShortcut* shortcut : std::as_const(m_startScanKeys))
-        shortcut->setEnabled(typetoolbar == 1);
+        shortcut->setEnabled(typetoolbar == 1 || typetoolbar == 4);
     switch (typetoolbar) {
     case 0:
     case 1:

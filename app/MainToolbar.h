@@ -23,7 +23,7 @@ public:
     StripedProgressBar* progressIndicator() const { return m_progress; }
 
     // Sets the two buttons for toolbar state 0 to 6; false (nothing changed) for any other state.
-    // In state 1 the next button ("Start Scan") answers Return.
+    // In state 1 the next button ("Start Scan") answers Return, and in state 4 ("Show duplicates").
     bool applyState(int typetoolbar);
 
     // setButton:hidden:bordered:enable:image:text:frame:. With an image the button shows only the

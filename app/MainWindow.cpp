@@ -149,6 +149,12 @@ void MainWindow::toggleFullScreen() {
         showFullScreen();
 }
 
+void MainWindow::keepFocusIn(QWidget* area, QWidget* first) {
+    const QWidget* focused = focusWidget();
+    if (!focused || !focused->isVisible() || !area->isAncestorOf(focused))
+        first->setFocus(Qt::OtherFocusReason);
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
     if (mayClose && !mayClose()) {
         event->ignore();

@@ -40,6 +40,9 @@ public:
     void showScreen(QWidget* screen, const ScreenFrame& frame, bool toolbarShown, int fadeMs);
     bool isFullScreenAllowed() const { return m_fullScreenAllowed; }
     void toggleFullScreen();
+    // Gives the keyboard to `first` unless a shown control inside `area` has it already: after a
+    // change of screen the focus never stays on a control that went away.
+    void keepFocusIn(QWidget* area, QWidget* first);
 
     // Asked before the window closes (and the program quits); false keeps it open.
     std::function<bool()> mayClose;

@@ -45,7 +45,8 @@ Prompter::AlertAnswer WidgetPrompter::runAlert(Alert& alert) {
     const QStringList titles = alert.buttons.isEmpty() ? QStringList { QStringLiteral("OK") } : alert.buttons;
     QList<QAbstractButton*> buttons;
     for (qsizetype i = 0; i < titles.size(); ++i) {
-        // The first button is the default (Return); one titled "Cancel" answers Escape.
+        // The first button is the default (Return); one titled "Cancel", or else the last button,
+        // answers Escape.
         const QMessageBox::ButtonRole role = i == 0 ? QMessageBox::AcceptRole
             : titles[i] == QLatin1String("Cancel")  ? QMessageBox::RejectRole
                                                     : QMessageBox::ActionRole;
@@ -56,6 +57,8 @@ Prompter::AlertAnswer WidgetPrompter::runAlert(Alert& alert) {
         if (titles[i] == QLatin1String("Cancel"))
             box.setEscapeButton(button);
     }
+    if (!box.escapeButton())
+        box.setEscapeButton(buttons.last());
     if (alert.showsSuppressionButton)
         box.setCheckBox(new QCheckBox(QStringLiteral("Do not show this message again")));
 

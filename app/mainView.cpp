@@ -31,7 +31,8 @@ const QString kButtonStyle
     = QStringLiteral("QPushButton { color: #1d2126; border: 1px solid #b4bac2; border-radius: 6px; padding: 5px 14px;"
                      " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #ffffff, stop:1 #eceef1); }"
                      "QPushButton:pressed { background: #dfe3e8; }"
-                     "QPushButton:disabled { color: #9aa1aa; }");
+                     "QPushButton:disabled { color: #9aa1aa; }"
+                     "QPushButton:focus { border: 2px solid #2f80d0; padding: 4px 13px; }");
 // Panels and drops hand their folders over a moment after they close.
 constexpr int kHandOverDelayMs = 100;
 
@@ -79,7 +80,8 @@ mainView::mainView(AppDelegate& appDel, QWidget* parent)
     m_mainScanList->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_mainScanList->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_mainScanList->setStyleSheet(
-        QStringLiteral("QListView { background: #ffffff; border: 1px solid #d3d8de; border-radius: 6px; }"));
+        QStringLiteral("QListView { background: #ffffff; border: 1px solid #d3d8de; border-radius: 6px; }"
+                       "QListView:focus { border-color: #2f80d0; }"));
     new OverlayScroller(m_mainScanList);
 
     m_hint->setAlignment(Qt::AlignCenter);
@@ -205,6 +207,10 @@ void mainView::checkAndReloadTableView(const QList<QByteArray>& paths) {
     m_model->addFolders(resolvedTargets(paths));
     updateHint();
     m_appDel.makeToolbarItem(folderList().isEmpty() ? 0 : 1);
+}
+
+QList<QWidget*> mainView::tabOrder() const {
+    return { m_mainScanList, m_addButton, m_homeButton };
 }
 
 bool mainView::eventFilter(QObject* watched, QEvent* event) {

@@ -31,6 +31,8 @@ public:
     QListView* mainScanList() const { return m_mainScanList; }
     QPushButton* addButton() const { return m_addButton; }
     QPushButton* homeButton() const { return m_homeButton; }
+    // The controls Tab goes through, in their order on screen.
+    QList<QWidget*> tabOrder() const;
     const QList<QByteArray>& draggingList() const { return m_draggingList; }
 
     // Tag 2: the home-folder access path; any other tag: the add panel.

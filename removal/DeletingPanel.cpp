@@ -15,6 +15,7 @@
 #include <QDesktopServices>
 #include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
@@ -30,7 +31,9 @@ const QString kButtonStyle
                      "QPushButton:disabled { color: #9aa1aa; }"
                      "QPushButton:default { color: white; border-color: #2a6fb5;"
                      " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #4a9be6, stop:1 #2f80d0); }"
-                     "QPushButton:default:disabled { color: #eef2f6; border-color: #b9c3ce; background: #c3cdd8; }");
+                     "QPushButton:default:disabled { color: #eef2f6; border-color: #b9c3ce; background: #c3cdd8; }"
+                     "QPushButton:focus { border: 2px solid #2f80d0; padding: 0 3px; }"
+                     "QPushButton:default:focus { border-color: #0e3763; }");
 // The close after the completion panel waits a fifth of a second.
 constexpr int kCloseDelayMs = 200;
 
@@ -73,12 +76,18 @@ DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists
     m_tableDeletefileList->setItemDelegate(m_rowDelegate);
     m_tableDeletefileList->setUniformItemSizes(true);
     m_tableDeletefileList->setMouseTracking(true);
-    m_tableDeletefileList->setSelectionMode(QAbstractItemView::NoSelection);
-    m_tableDeletefileList->setFocusPolicy(Qt::NoFocus);
+    // From the keyboard: Tab reaches the list, the arrows pick a row and Delete (or Backspace)
+    // drops it, as its round button does.
+    m_tableDeletefileList->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_tableDeletefileList->setFocusPolicy(Qt::StrongFocus);
+    m_tableDeletefileList->setAccessibleName(QStringLiteral("Files chosen for removal"));
+    m_tableDeletefileList->setAccessibleDescription(QStringLiteral("Delete drops the current file from the list"));
+    m_tableDeletefileList->installEventFilter(this);
     m_tableDeletefileList->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_tableDeletefileList->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_tableDeletefileList->setStyleSheet(
-        QStringLiteral("QListView { background: #ffffff; border: 4px solid #e3e6ea; border-radius: 0; }"));
+        QStringLiteral("QListView { background: #ffffff; border: 4px solid #e3e6ea; border-radius: 0; }"
+                       "QListView:focus { border-color: #b5d1ef; }"));
     new OverlayScroller(m_tableDeletefileList);
     // Queued: the list may be reloaded only once the view has finished with the click.
     connect(
@@ -91,6 +100,7 @@ DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists
     m_status->setStyleSheet(QStringLiteral("color: #6b727b;"));
     m_status->setAlignment(Qt::AlignCenter);
     m_progress->setFixedHeight(8);
+    m_progress->setAccessibleName(QStringLiteral("Removal progress"));
     m_progress->hide();
 
     for (QPushButton* button : { m_back, m_tDelete }) {
@@ -214,6 +224,9 @@ void DeletingPanel::removefromlist(int row) {
     if (!decision)
         checkPlan();
     m_model->reload();
+    // The keyboard stays at the same place in the list: the row after the one dropped.
+    if (focusWidget() == m_tableDeletefileList && m_model->rowCount() > 0)
+        m_tableDeletefileList->setCurrentIndex(m_model->index(std::min(row, m_model->rowCount() - 1)));
     updateStatus();
     if (decision)
         finish(*decision);
@@ -284,8 +297,23 @@ void DeletingPanel::closewindow() {
 }
 
 void DeletingPanel::finish(const RemovalReview::CloseDecision& decision) {
+    // The keyboard goes back to the window under the sheet, whatever the window manager does.
+    if (isActiveWindow() && parentWidget())
+        parentWidget()->window()->activateWindow();
     done(decision.returnCode);
     emit closed(decision);
+}
+
+bool DeletingPanel::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_tableDeletefileList && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        const QModelIndex current = m_tableDeletefileList->currentIndex();
+        if ((key == Qt::Key_Delete || key == Qt::Key_Backspace) && current.isValid()) {
+            removefromlist(current.row());
+            return true;
+        }
+    }
+    return QDialog::eventFilter(watched, event);
 }
 
 void DeletingPanel::reject() {

@@ -90,6 +90,7 @@ signals:
     void rescanRequested();
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void reject() override;
 
 private:

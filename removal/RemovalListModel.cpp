@@ -25,6 +25,11 @@ QVariant RemovalListModel::data(const QModelIndex& index, int role) const {
     }
     case LeftReasonRole:
         return m_review.leftReasonAtRow(index.row());
+    case Qt::AccessibleTextRole: {
+        const QString reason = m_review.leftReasonAtRow(index.row());
+        const QString path = PathBytes::display(file->urlFile());
+        return reason.isEmpty() ? path : QString(path + QStringLiteral(", left alone: ") + reason);
+    }
     case Qt::DecorationRole:
         return m_icons.iconForPath(file->urlFile());
     case PathBytesRole:

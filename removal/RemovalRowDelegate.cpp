@@ -29,6 +29,13 @@ void RemovalRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     QPen dashed(QColor(0xd3, 0xd8, 0xde), 1, Qt::DashLine);
     painter->setPen(dashed);
     painter->drawLine(QPointF(row.left(), row.bottom() + 0.5), QPointF(row.right(), row.bottom() + 0.5));
+    // The keyboard's row (Delete drops it): tinted, and framed while the list has the focus.
+    if (option.state & QStyle::State_Selected)
+        painter->fillRect(row, QColor(0x2f, 0x80, 0xd0, 36));
+    if (option.state & QStyle::State_HasFocus) {
+        painter->setPen(QPen(QColor(0x2f, 0x80, 0xd0), 1.5));
+        painter->drawRect(QRectF(row).adjusted(1, 1, -1, -1));
+    }
 
     const QIcon icon = index.data(Qt::DecorationRole).value<QIcon>();
     icon.paint(painter, QRect(row.left() + 8, row.top() + 3, kIcon, kIcon));

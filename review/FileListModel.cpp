@@ -44,11 +44,26 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const {
         return StatusTexts::convertNumberToString(m_group->sizeFile());
     case CheckedRole:
         return m_selection.contains(file);
+    case Qt::CheckStateRole:
+        return m_selection.contains(file) ? Qt::Checked : Qt::Unchecked;
+    case Qt::AccessibleTextRole: {
+        const QString name = PathBytes::display(PathBytes::lastPathComponent(file->urlFile()));
+        return file->urlFile() == m_group->original() ? QString(name + QStringLiteral(", original")) : name;
+    }
+    case Qt::AccessibleDescriptionRole:
+        return QString(StatusTexts::convertNumberToString(m_group->sizeFile()) + QStringLiteral(", ")
+            + data(index, Qt::ToolTipRole).toString());
     case OriginalRole:
         return file->urlFile() == m_group->original();
     default:
         return {};
     }
+}
+
+Qt::ItemFlags FileListModel::flags(const QModelIndex& index) const {
+    // Checkable, so that assistive tools read each row's check box; the row's own delegate and the
+    // screen change the choice.
+    return QAbstractListModel::flags(index) | (index.isValid() ? Qt::ItemIsUserCheckable : Qt::NoItemFlags);
 }
 
 void FileListModel::setGroup(const DuplicateGroupPtr& group) {
@@ -59,5 +74,5 @@ void FileListModel::setGroup(const DuplicateGroupPtr& group) {
 
 void FileListModel::selectionChanged() {
     if (rowCount() > 0)
-        emit dataChanged(index(0), index(rowCount() - 1), { CheckedRole });
+        emit dataChanged(index(0), index(rowCount() - 1), { CheckedRole, Qt::CheckStateRole });
 }

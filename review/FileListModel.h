@@ -26,6 +26,7 @@ public:
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
     // Shows the files of `group` (none: no rows).
     void setGroup(const DuplicateGroupPtr& group);

@@ -50,6 +50,12 @@ void FileRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         painter->fillRect(row, QColor(0x2f, 0x80, 0xd0, 14));
     painter->setPen(QColor(0xe6, 0xe9, 0xed));
     painter->drawLine(row.left() + kMargin, row.bottom(), row.right() - kMargin, row.bottom());
+    // The keyboard's row is framed while the list has the focus.
+    if (option.state & QStyle::State_HasFocus) {
+        painter->setPen(QPen(QColor(0x2f, 0x80, 0xd0), 1.5));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRect(QRectF(row).adjusted(1, 1, -1, -1));
+    }
 
     const bool checked = index.data(FileListModel::CheckedRole).toBool();
     QStyleOptionButton box;

@@ -41,7 +41,14 @@ QVariant GroupListModel::data(const QModelIndex& index, int role) const {
     case OriginalPathRole:
         return group->original();
     case Qt::ToolTipRole:
+    case Qt::AccessibleDescriptionRole:
         return PathBytes::display(group->original());
+    case Qt::AccessibleTextRole:
+        // What a screen reader says of the row: what the painted row shows, badge included.
+        return QStringLiteral("%1, %2, %3 of %4 chosen")
+            .arg(data(index, NameRole).toString(), data(index, SizeTextRole).toString())
+            .arg(data(index, SelectedCountRole).toLongLong())
+            .arg(group->listAll().size());
     default:
         return {};
     }

@@ -57,6 +57,13 @@ void PreviewWindow::setPath(const QByteArray& path) {
     m_summary->setText(m_view->summary());
 }
 
+void PreviewWindow::closeEvent(QCloseEvent* event) {
+    // The keyboard goes back to the window the preview was opened from, where Space opened it.
+    if (isActiveWindow() && parentWidget())
+        parentWidget()->window()->activateWindow();
+    QWidget::closeEvent(event);
+}
+
 QByteArray PreviewWindow::path() const {
     return m_view->path();
 }

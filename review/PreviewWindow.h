@@ -24,6 +24,9 @@ public:
     QByteArray path() const;
     PreviewView* view() const { return m_view; }
 
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
 private:
     PreviewView* m_view;
     QLabel* m_name;

@@ -325,6 +325,16 @@ bool resultView::eventFilter(QObject* watched, QEvent* event) {
                 QuickLookIn(file->urlFile());
             return true;
         }
+        // Return ticks or clears the current copy, as its check box does; in the group list it
+        // goes on to the group's copies.
+        const bool enter = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+        if (enter && (key->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier) {
+            if (watched == m_duplicateListMain)
+                m_sameList->setFocus(Qt::TabFocusReason);
+            else if (m_sameList->currentIndex().isValid())
+                checkBoxActionFromTableRow(m_sameList->currentIndex().row());
+            return true;
+        }
     }
     return QWidget::eventFilter(watched, event);
 }

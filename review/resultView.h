@@ -68,6 +68,8 @@ public:
     QLabel* selectedFileImage() const { return m_selectedFileImage; }
     QLabel* selectedFileName() const { return m_selectedFileName; }
     QLabel* detailsAll() const { return m_detailsAll; }
+    // The controls Tab goes through, top to bottom and left to right as they stand on screen.
+    QList<QWidget*> tabOrder() const;
 
     qsizetype selectedMain() const;
     qsizetype rowSubSave() const { return m_rowSubSave; }

@@ -12,6 +12,7 @@
 #include "review/Selection.h"
 
 #include <QAction>
+#include <QButtonGroup>
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -38,9 +39,15 @@ const QString kControlStyle = QStringLiteral(
     "QPushButton[segment=\"first\"] { border-top-right-radius: 0; border-bottom-right-radius: 0; }"
     "QPushButton[segment=\"last\"] { border-top-left-radius: 0; border-bottom-left-radius: 0; border-left: none; }"
     "QPushButton:checked { color: white; border-color: #2a6fb5;"
-    " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #4a9be6, stop:1 #2f80d0); }");
+    " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #4a9be6, stop:1 #2f80d0); }"
+    // The focus mark: a border twice as thick, the padding one point thinner so nothing moves.
+    "QPushButton:focus { border: 2px solid #2f80d0; padding: 3px 11px; }"
+    "QPushButton:checked:focus { border-color: #123f6e; }"
+    "QPushButton[hasMenu=\"true\"]:focus { padding-right: 25px; }"
+    "QPushButton[segment=\"middle\"]:focus, QPushButton[segment=\"last\"]:focus { padding-left: 10px; }");
 const QString kListStyle
-    = QStringLiteral("QListView { background: #ffffff; border: 1px solid #d3d8de; border-radius: 6px; }");
+    = QStringLiteral("QListView { background: #ffffff; border: 1px solid #d3d8de; border-radius: 6px; }"
+                     "QListView:focus { border-color: #2f80d0; }");
 
 struct FilterTitle {
     quint64 tag;
@@ -51,11 +58,17 @@ constexpr FilterTitle kFilters[] = { { 10, "All" }, { 20, "Folders" }, { 30, "Ar
 const char* const kSortTitles[]
     = { "Original Filename", "Wasted Size", "Duplicate Count", "Duplicate Type", "Duplicate Selected" };
 
-void markSegments(const QList<QPushButton*>& buttons) {
+// Joins buttons into one segmented control. Tab reaches it and the arrows move along it (in an
+// exclusive control they move the choice, and Tab stops at the chosen button only); a click leaves
+// the focus where it was (on a list, say).
+void markSegments(const QList<QPushButton*>& buttons, QWidget* owner, bool exclusive) {
+    auto* group = new QButtonGroup(owner);
+    group->setExclusive(exclusive);
     for (qsizetype i = 0; i < buttons.size(); ++i) {
         const char* position = i == 0 ? "first" : i == buttons.size() - 1 ? "last" : "middle";
         buttons[i]->setProperty("segment", QString::fromLatin1(position));
-        buttons[i]->setFocusPolicy(Qt::NoFocus);
+        buttons[i]->setFocusPolicy(Qt::TabFocus);
+        group->addButton(buttons[i]);
     }
 }
 
@@ -70,6 +83,7 @@ QListView* makeList(const QString& name, int tag) {
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     list->setStyleSheet(kListStyle);
+    list->setFocusPolicy(Qt::StrongFocus);
     new OverlayScroller(list);
     return list;
 }
@@ -91,10 +105,14 @@ void resultView::buildLayout() {
     m_duplicateListMain->setModel(m_groupModel);
     m_duplicateListMain->setItemDelegate(m_groupDelegate);
     m_duplicateListMain->setMinimumWidth(260);
+    m_duplicateListMain->setAccessibleName(QStringLiteral("Duplicate groups"));
     m_sameList = makeList(QStringLiteral("sameList"), fileTableTag);
     m_sameList->setModel(m_fileModel);
     m_sameList->setItemDelegate(m_fileDelegate);
     m_sameList->setMinimumHeight(3 * FileRowDelegate::kRowHeight + 2);
+    m_sameList->setAccessibleName(QStringLiteral("Copies of the group"));
+    m_sameList->setAccessibleDescription(
+        QStringLiteral("Return chooses or leaves the current copy; Space shows it in a larger preview"));
     for (QListView* list : { m_duplicateListMain, m_sameList })
         list->installEventFilter(this);
     connect(m_duplicateListMain->selectionModel(), &QItemSelectionModel::currentChanged, this,
@@ -169,11 +187,12 @@ QWidget* resultView::buildTopBar() {
         button->setProperty("tag", filter.tag);
         button->setCheckable(true);
         button->setChecked(filter.tag == ResultLists::AllTypes);
+        button->setAccessibleDescription(QStringLiteral("Show duplicates of this type"));
         connect(button, &QPushButton::clicked, this, [this, button] { filterUsingTypeAction(button); });
         m_filterButtons.append(button);
         row->addWidget(button);
     }
-    markSegments(m_filterButtons);
+    markSegments(m_filterButtons, bar, true);
     row->addStretch(1);
 
     auto* sortLabel = secondaryLabel();
@@ -182,7 +201,8 @@ QWidget* resultView::buildTopBar() {
     row->addSpacing(6);
     m_sortingButton = new QPushButton;
     m_sortingButton->setObjectName(QStringLiteral("sortingButton"));
-    m_sortingButton->setFocusPolicy(Qt::NoFocus);
+    m_sortingButton->setFocusPolicy(Qt::TabFocus);
+    m_sortingButton->setAccessibleName(QStringLiteral("Sort by"));
     m_sortingButton->setMinimumWidth(150);
     m_sortMenu = new QMenu(m_sortingButton);
     for (quint64 tag = 0; tag <= ResultLists::Descending; ++tag) {
@@ -208,6 +228,7 @@ QWidget* resultView::buildTopBar() {
     m_searchfieldDuplicate = new QLineEdit;
     m_searchfieldDuplicate->setObjectName(QStringLiteral("searchfieldDuplicate"));
     m_searchfieldDuplicate->setPlaceholderText(QStringLiteral("Search"));
+    m_searchfieldDuplicate->setAccessibleName(QStringLiteral("Search the paths"));
     m_searchfieldDuplicate->setClearButtonEnabled(true);
     m_searchfieldDuplicate->setFixedWidth(180);
     m_searchfieldDuplicate->setStyleSheet(QStringLiteral(
@@ -228,6 +249,7 @@ QWidget* resultView::buildGroupHeader() {
     m_checkBoxAllDuplicates->setObjectName(QStringLiteral("checkBoxAllDuplicates"));
     m_checkBoxAllDuplicates->setTristate(true);
     m_checkBoxAllDuplicates->setToolTip(QStringLiteral("Choose every copy of this group"));
+    m_checkBoxAllDuplicates->setAccessibleName(m_checkBoxAllDuplicates->toolTip());
     connect(m_checkBoxAllDuplicates, &QCheckBox::clicked, this, &resultView::checkBoxActionMain);
     row->addWidget(m_checkBoxAllDuplicates);
     m_groupName = new QLabel;
@@ -248,7 +270,7 @@ QWidget* resultView::buildGroupHeader() {
         m_keepSegments.append(button);
         segments->addWidget(button);
     }
-    markSegments(m_keepSegments);
+    markSegments(m_keepSegments, header, false);
     m_keepSegments[KeepAll]->setToolTip(QStringLiteral("Keep every copy of this group"));
     m_keepSegments[KeepNewest]->setToolTip(QStringLiteral("Choose every copy but the newest"));
     m_keepSegments[KeepOldest]->setToolTip(QStringLiteral("Choose every copy but the oldest"));
@@ -295,7 +317,7 @@ QWidget* resultView::buildBottomBar() {
     row->setSpacing(8);
     m_autoSelectBTN = new QPushButton(QStringLiteral("Auto Select"));
     m_autoSelectBTN->setObjectName(QStringLiteral("autoSelectBTN"));
-    m_autoSelectBTN->setFocusPolicy(Qt::NoFocus);
+    m_autoSelectBTN->setFocusPolicy(Qt::TabFocus);
     m_autoSelectMenu = new QMenu(m_autoSelectBTN);
     for (const QString& title : { Selection::keepNewestTitle(), Selection::keepOldestTitle() }) {
         QAction* item = m_autoSelectMenu->addAction(title);
@@ -305,12 +327,20 @@ QWidget* resultView::buildBottomBar() {
     m_autoSelectBTN->setProperty("hasMenu", true);
     m_deselectAllBtn = new QPushButton(QStringLiteral("Deselect All"));
     m_deselectAllBtn->setObjectName(QStringLiteral("deselectAllBtn"));
-    m_deselectAllBtn->setFocusPolicy(Qt::NoFocus);
+    m_deselectAllBtn->setFocusPolicy(Qt::TabFocus);
     connect(m_deselectAllBtn, &QPushButton::clicked, this, [this] { AutoSelectAction(std::nullopt); });
     row->addWidget(m_autoSelectBTN);
     row->addWidget(m_deselectAllBtn);
     row->addStretch(1);
     return bar;
+}
+
+QList<QWidget*> resultView::tabOrder() const {
+    QList<QWidget*> order(m_filterButtons.cbegin(), m_filterButtons.cend());
+    order << m_sortingButton << m_searchfieldDuplicate << m_duplicateListMain << m_checkBoxAllDuplicates;
+    order.append(QList<QWidget*>(m_keepSegments.cbegin(), m_keepSegments.cend()));
+    order << m_sameList << m_autoSelectBTN << m_deselectAllBtn;
+    return order;
 }
 
 QAction* resultView::autoSelectItem(const QString& title) const {

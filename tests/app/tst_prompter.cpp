@@ -101,6 +101,48 @@ private slots:
         QCOMPARE(answer.popUpIndex, 1);
     }
 
+    // The removal's question from the keyboard: Tab reaches the pop-up, the arrows change the action
+    // and the texts with it, Return answers with the first button and Escape with the last.
+    void theQuestionByKeys_data() {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<int>("response");
+        QTest::newRow("Return: Yes") << int(Qt::Key_Return) << 1000;
+        QTest::newRow("Escape: No") << int(Qt::Key_Escape) << 1001;
+    }
+    void theQuestionByKeys() {
+        QFETCH(int, key);
+        QFETCH(int, response);
+        WidgetPrompter prompter;
+        Prompter::Alert alert;
+        alert.messageText = QStringLiteral("Move to Trash?");
+        alert.buttons = { QStringLiteral("Yes"), QStringLiteral("No") };
+        alert.popUpItems = QStringList { QStringLiteral("Move to Trash"), QStringLiteral("Permanent Delete") };
+        alert.popUpChanged = [](Prompter::Alert& a) { a.messageText = a.popUpItems[a.popUpIndex] + QLatin1Char('?'); };
+        QString shownText;
+        bool reached = false;
+        bool answeredByKey = false;
+        whenShown<QMessageBox>([&](QMessageBox* box) {
+            auto* popUp = box->findChild<QComboBox*>();
+            if (!QTest::qWaitForWindowActive(box))
+                return box->reject();
+            for (int i = 0; i < 6 && QApplication::focusWidget() != popUp; ++i)
+                QTest::keyClick(static_cast<QWidget*>(nullptr), Qt::Key_Tab);
+            reached = QApplication::focusWidget() == popUp;
+            QTest::keyClick(static_cast<QWidget*>(nullptr), Qt::Key_Down);
+            shownText = box->text();
+            QTest::keyClick(static_cast<QWidget*>(nullptr), Qt::Key(key));
+            answeredByKey = !box->isVisible();
+            if (!answeredByKey)
+                box->reject();
+        });
+        const Prompter::AlertAnswer answer = prompter.runAlert(alert);
+        QVERIFY(reached);
+        QVERIFY(answeredByKey);
+        QCOMPARE(shownText, QStringLiteral("Permanent Delete?"));
+        QCOMPARE(answer.response, response);
+        QCOMPARE(answer.popUpIndex, 1);
+    }
+
     void panelsLetThroughOnlyWhatTheirDelegateEnables() {
         TempTree tree;
         const QByteArray allowed = tree.folder("allowed");
