@@ -54,6 +54,12 @@ void AppDelegate::buildOlderViews() {
     connect(bar->Remove(), &QToolButton::clicked, this, &AppDelegate::openRemovalReviewFromScanList);
     connect(bar->ResetNewScanBTN(), &QToolButton::clicked, this, &AppDelegate::NewScan_Menubar);
     connect(m_olderPages->StatusWindowBTN(), &QToolButton::clicked, this, &AppDelegate::showStatusWindow);
+    // Tab follows the pages from the top: the toolbar, the page shown, the status line's button.
+    QList<QWidget*> tabOrder = bar->tabOrder();
+    tabOrder << m_mainScreenObj->foldersScrollview() << m_ResultScreenObj->tabOrder()
+             << m_olderPages->StatusWindowBTN();
+    for (qsizetype i = 1; i < tabOrder.size(); ++i)
+        QWidget::setTabOrder(tabOrder[i - 1], tabOrder[i]);
 
     ResultScreen* page = m_ResultScreenObj;
     connect(page, &ResultScreen::sortItemChosen, this, &AppDelegate::SortItemList);
@@ -137,6 +143,12 @@ void AppDelegate::setViewsFor(const QString& view) {
     if (!result)
         m_mainScreenObj->reload();
     applyOlderItems();
+    // The keyboard starts on the page's list (Add while the scan list is empty), unless it is
+    // already on a control of the pages.
+    QWidget* first = result           ? static_cast<QWidget*>(m_ResultScreenObj->typeList())
+        : m_state.mainArray.isEmpty() ? static_cast<QWidget*>(m_olderPages->toolbar()->Add())
+                                      : m_mainScreenObj->foldersScrollview();
+    m_window->keepFocusIn(m_olderPages, first);
 }
 
 void AppDelegate::SetToolBarBTNFor(const QString& mode) {

@@ -53,6 +53,11 @@ QVariant MainArrayModel::data(const QModelIndex& index, int role) const {
         }
         return *size;
     }
+    case Qt::AccessibleTextRole:
+        return QString(data(index, FolderListModel::NameRole).toString() + QStringLiteral(", ")
+            + data(index, FolderListModel::SizeRole).toString());
+    case Qt::AccessibleDescriptionRole:
+        return PathBytes::display(path);
     default:
         return {};
     }

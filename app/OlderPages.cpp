@@ -26,7 +26,10 @@ OlderPages::OlderPages(QWidget* mainPage, QWidget* resultPage, QWidget* parent)
     m_statusButton->setIcon(QIcon::fromTheme(QStringLiteral("dialog-information")));
     m_statusButton->setIconSize(QSize(16, 16));
     m_statusButton->setAutoRaise(true);
-    m_statusButton->setFocusPolicy(Qt::NoFocus);
+    m_statusButton->setFocusPolicy(Qt::TabFocus);
+    m_statusButton->setStyleSheet(
+        QStringLiteral("QToolButton:focus { border: 2px solid #2f80d0; border-radius: 4px; }"));
+    m_statusButton->setAccessibleName(QStringLiteral("Scan figures"));
     m_statusButton->setToolTip(QStringLiteral("Show the figures of the last scan"));
 
     auto* strip = new QWidget(this);

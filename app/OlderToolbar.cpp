@@ -16,7 +16,8 @@ const QString kButtonStyle = QStringLiteral(
     "QToolButton { color: #1d2126; border: 1px solid transparent; border-radius: 6px; padding: 3px 6px; }"
     "QToolButton:hover { border-color: #b4bac2; background: rgba(255, 255, 255, 150); }"
     "QToolButton:pressed { background: #dfe3e8; }"
-    "QToolButton:disabled { color: #a4abb4; }");
+    "QToolButton:disabled { color: #a4abb4; }"
+    "QToolButton:focus { border: 2px solid #2f80d0; padding: 2px 5px; }");
 
 QToolButton* makeButton(
     QWidget* parent, const QString& name, const QString& text, const QString& icon, const QString& toolTip) {
@@ -27,7 +28,8 @@ QToolButton* makeButton(
     button->setIcon(QIcon::fromTheme(icon));
     button->setIconSize(QSize(22, 22));
     button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-    button->setFocusPolicy(Qt::NoFocus);
+    // Tab reaches the buttons (Space presses them); a click leaves the focus where it was.
+    button->setFocusPolicy(Qt::TabFocus);
     button->setCursor(Qt::PointingHandCursor);
     button->setStyleSheet(kButtonStyle);
     button->setMinimumWidth(64);

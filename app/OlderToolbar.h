@@ -25,6 +25,10 @@ public:
     QToolButton* showDuplicate() const { return m_showDuplicate; }
     QToolButton* Remove() const { return m_Remove; }
     QToolButton* ResetNewScanBTN() const { return m_ResetNewScanBTN; }
+    // The buttons in their order from left to right, as Tab goes through them.
+    QList<QWidget*> tabOrder() const {
+        return { m_folderScan, m_Add, m_scan, m_iPhoto, m_showDuplicate, m_Remove, m_ResetNewScanBTN };
+    }
     QLabel* statusText() const { return m_statusText; }
     StripedProgressBar* progress() const { return m_progress; }
 

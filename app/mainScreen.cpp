@@ -9,6 +9,7 @@
 #include "review/StatusTexts.h"
 
 #include <QDragEnterEvent>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QListView>
 #include <QTimer>
@@ -19,7 +20,8 @@ namespace {
 // The toolbar follows a moment after the panel has closed.
 constexpr int kToolbarDelayMs = 200;
 const QString kListStyle = QStringLiteral("QListView { background: #ffffff; border: 1px solid #d3d8de; border-radius: "
-                                          "6px; } QListView[tinted=\"true\"] { background: #e2edf6; }");
+                                          "6px; } QListView[tinted=\"true\"] { background: #e2edf6; }"
+                                          "QListView:focus { border-color: #2f80d0; }");
 
 } // namespace
 
@@ -48,8 +50,12 @@ mainScreen::mainScreen(AppDelegate& appDel, QWidget* parent)
     m_foldersScrollview->setObjectName(QStringLiteral("foldersScrollview"));
     m_foldersScrollview->setModel(m_model);
     m_foldersScrollview->setItemDelegate(m_delegate);
-    m_foldersScrollview->setSelectionMode(QAbstractItemView::NoSelection);
-    m_foldersScrollview->setFocusPolicy(Qt::NoFocus);
+    // From the keyboard: Tab reaches the list, the arrows pick a row and Delete (or Backspace)
+    // removes it, as its round button does.
+    m_foldersScrollview->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_foldersScrollview->setFocusPolicy(Qt::StrongFocus);
+    m_foldersScrollview->setAccessibleName(QStringLiteral("Files and folders to scan"));
+    m_foldersScrollview->installEventFilter(this);
     m_foldersScrollview->setMouseTracking(true);
     m_foldersScrollview->setUniformItemSizes(true);
     m_foldersScrollview->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
@@ -75,8 +81,24 @@ mainScreen::mainScreen(AppDelegate& appDel, QWidget* parent)
 }
 
 void mainScreen::reload() {
+    const int row = m_foldersScrollview->currentIndex().row();
     m_model->reload(m_appDel.state().mainArray);
     m_hint->setVisible(m_model->paths().isEmpty());
+    // The keyboard keeps its place in the list: the row that took the place of one removed.
+    if (row >= 0 && m_model->rowCount() > 0)
+        m_foldersScrollview->setCurrentIndex(m_model->index(std::min(row, m_model->rowCount() - 1)));
+}
+
+bool mainScreen::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_foldersScrollview && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        const int row = m_foldersScrollview->currentIndex().row();
+        if ((key == Qt::Key_Delete || key == Qt::Key_Backspace) && row >= 0) {
+            m_appDel.removeRowFromMain(row);
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void mainScreen::openPanelForAddFolder() {

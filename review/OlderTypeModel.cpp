@@ -72,6 +72,11 @@ QVariant OlderTypeModel::data(const QModelIndex& index, int role) const {
         return StatusTexts::listCountOf(figures.chosen, figures.all);
     case SizesRole:
         return StatusTexts::listSizesSelected(figures.chosenBytes, figures.allBytes);
+    case Qt::AccessibleTextRole:
+        return QString(data(index, Qt::DisplayRole).toString() + QStringLiteral(", ")
+            + StatusTexts::listCountOf(figures.chosen, figures.all) + QStringLiteral(" chosen"));
+    case Qt::AccessibleDescriptionRole:
+        return StatusTexts::listSizesSelected(figures.chosenBytes, figures.allBytes);
     default:
         return {};
     }

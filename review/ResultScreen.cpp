@@ -28,12 +28,14 @@ const QString kPopUpStyle
     = QStringLiteral("QPushButton { color: #1d2126; border: 1px solid #b4bac2; border-radius: 6px; padding: 4px 12px;"
                      " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #ffffff, stop:1 #eceef1); }"
                      "QPushButton:pressed { background: #dfe3e8; } QPushButton:disabled { color: #9aa1aa; }"
+                     "QPushButton:focus { border: 2px solid #2f80d0; padding: 3px 11px; }"
                      "QPushButton::menu-indicator { subcontrol-position: right center; right: 6px; }");
 const QString kSegmentStyle = QStringLiteral(
     "QToolButton { color: #1d2126; border: 1px solid #b4bac2; padding: 3px 10px; background: #ffffff; }"
     "QToolButton:pressed { background: #dfe3e8; } QToolButton:disabled { color: #a4abb4; background: #f3f4f6; }"
     "QToolButton#segment0 { border-top-left-radius: 6px; border-bottom-left-radius: 6px; }"
-    "QToolButton#segment3 { border-top-right-radius: 6px; border-bottom-right-radius: 6px; }");
+    "QToolButton#segment3 { border-top-right-radius: 6px; border-bottom-right-radius: 6px; }"
+    "QToolButton:focus { border: 2px solid #2f80d0; padding: 2px 9px; }");
 
 QTableView* makeTable(QWidget* parent, const QString& name) {
     auto* table = new QTableView(parent);
@@ -51,6 +53,8 @@ QTableView* makeTable(QWidget* parent, const QString& name) {
     table->horizontalHeader()->setHighlightSections(false);
     table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     table->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    // Tab goes on to the next control; the arrows move within the table.
+    table->setTabKeyNavigation(false);
     table->setStyleSheet(QStringLiteral("QTableView { border: 1px solid #d3d8de; border-radius: 4px; }"));
     new OverlayScroller(table);
     return table;
@@ -87,6 +91,7 @@ ResultScreen::ResultScreen(QWidget* parent)
     m_btnSortItem->setStyleSheet(kPopUpStyle);
     m_btnSortItem->setIcon(QIcon::fromTheme(QStringLiteral("view-sort-ascending")));
     m_btnSortItem->setToolTip(QStringLiteral("Sort the groups"));
+    m_btnSortItem->setAccessibleDescription(m_btnSortItem->toolTip());
     m_btnSortItem->setMenu(m_sortMenu);
     m_sortItems.resize(kSortItems);
     for (int index = 0; index < kSortItems; ++index) {
@@ -120,6 +125,7 @@ ResultScreen::ResultScreen(QWidget* parent)
 
     m_searchALL->setObjectName(QStringLiteral("_searchALL"));
     m_searchALL->setPlaceholderText(QStringLiteral("Search paths"));
+    m_searchALL->setAccessibleName(QStringLiteral("Search the paths"));
     m_searchALL->setClearButtonEnabled(true);
     m_searchALL->setFixedWidth(220);
     connect(m_searchALL, &QLineEdit::textChanged, this, &ResultScreen::searchTextChanged);
@@ -136,6 +142,7 @@ ResultScreen::ResultScreen(QWidget* parent)
     m_typeList->setItemDelegate(new mainTypeCell(m_typeList));
     m_typeList->setMouseTracking(true);
     m_typeList->setFixedWidth(210);
+    m_typeList->setAccessibleName(QStringLiteral("Types found"));
     m_typeList->setStyleSheet(QStringLiteral("QListView { background: #f3f5f7; border: 1px solid #d3d8de;"
                                              " border-radius: 4px; }"));
     connect(m_typeList->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
@@ -145,6 +152,7 @@ ResultScreen::ResultScreen(QWidget* parent)
         });
 
     m_duplicateList->setModel(m_groupModel);
+    m_duplicateList->setAccessibleName(QStringLiteral("Duplicate groups"));
     QHeaderView* groupHeader = m_duplicateList->horizontalHeader();
     groupHeader->setSectionResizeMode(OlderGroupModel::NameColumn, QHeaderView::Stretch);
     groupHeader->setSectionResizeMode(OlderGroupModel::SelectedColumn, QHeaderView::Fixed);
@@ -200,7 +208,8 @@ QWidget* ResultScreen::makeFilePane() {
         button->setObjectName(QStringLiteral("segment%1").arg(segment));
         button->setText(titles[segment]);
         button->setStyleSheet(kSegmentStyle);
-        button->setFocusPolicy(Qt::NoFocus);
+        // Tab reaches the segments and the arrows move along them; a click leaves the focus alone.
+        button->setFocusPolicy(Qt::TabFocus);
         m_keepSegments->addButton(button, segment);
         segments->addWidget(button);
     }
@@ -215,6 +224,7 @@ QWidget* ResultScreen::makeFilePane() {
     header->addLayout(segments);
 
     m_sameList->setModel(m_fileModel);
+    m_sameList->setAccessibleName(QStringLiteral("Files of the group"));
     m_sameList->setContextMenuPolicy(Qt::CustomContextMenu);
     QHeaderView* fileHeader = m_sameList->horizontalHeader();
     fileHeader->setSectionResizeMode(OlderFileModel::NameColumn, QHeaderView::Interactive);
@@ -229,6 +239,16 @@ QWidget* ResultScreen::makeFilePane() {
         m_sameList->setCurrentIndex(index);
         emit fileRowRightClicked(index.row(), m_sameList->viewport()->mapToGlobal(pos));
     });
+    // Return ticks or clears the current file, as its check box does; Space previews it.
+    for (const auto key : { Qt::Key_Return, Qt::Key_Enter }) {
+        auto* tick = new QShortcut(QKeySequence(key), m_sameList, nullptr, nullptr, Qt::WidgetShortcut);
+        connect(tick, &QShortcut::activated, this, [this] {
+            const QModelIndex current = m_sameList->currentIndex();
+            if (current.isValid())
+                m_fileModel->setData(
+                    m_fileModel->index(current.row(), OlderFileModel::NameColumn), QVariant(), Qt::CheckStateRole);
+        });
+    }
     auto* quickLook = new QShortcut(QKeySequence(Qt::Key_Space), m_sameList, nullptr, nullptr, Qt::WidgetShortcut);
     connect(quickLook, &QShortcut::activated, this, [this] {
         const QModelIndex current = m_sameList->currentIndex();
@@ -242,6 +262,14 @@ QWidget* ResultScreen::makeFilePane() {
     layout->addLayout(header);
     layout->addWidget(m_sameList, 1);
     return pane;
+}
+
+QList<QWidget*> ResultScreen::tabOrder() const {
+    QList<QWidget*> order { m_btnSortItem, m_selectDuplicate, m_searchALL, m_typeList, m_duplicateList };
+    for (QAbstractButton* segment : m_keepSegments->buttons())
+        order.append(segment);
+    order.append(m_sameList);
+    return order;
 }
 
 QAction* ResultScreen::sortItemAt(int index) const {

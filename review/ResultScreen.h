@@ -44,6 +44,8 @@ public:
     QButtonGroup* keepSegments() const { return m_keepSegments; }
     QLabel* notFound() const { return m_notFound; }
     QLabel* groupTitle() const { return m_groupTitle; }
+    // The controls Tab goes through, top to bottom and left to right as they stand on screen.
+    QList<QWidget*> tabOrder() const;
 
     // The items of the selection menu.
     QAction* keepNewestItem() const { return m_keepNewest; }

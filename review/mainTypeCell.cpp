@@ -14,9 +14,11 @@ void mainTypeCell::paint(QPainter* painter, const QStyleOptionViewItem& option, 
     const QRect row = option.rect.adjusted(6, 3, -6, -3);
     const bool current = option.state & QStyle::State_Selected;
     if (current) {
-        painter->setPen(Qt::NoPen);
+        // While the list has the focus the current type is ringed as well as filled.
+        const bool focused = option.state & QStyle::State_HasFocus;
+        painter->setPen(focused ? QPen(QColor(0x12, 0x4a, 0x86), 2) : QPen(Qt::NoPen));
         painter->setBrush(QColor(0x2f, 0x7c, 0xd0));
-        painter->drawRoundedRect(row, 6, 6);
+        painter->drawRoundedRect(QRectF(row).adjusted(1, 1, -1, -1), 6, 6);
     } else if (option.state & QStyle::State_MouseOver) {
         painter->fillRect(row, QColor(0x2f, 0x80, 0xd0, 18));
     }

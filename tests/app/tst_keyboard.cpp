@@ -1,13 +1,19 @@
 // The window from the keyboard alone: a folder scan driven with keys from the setup screen to the
-// removal.
+// removal, and the scan list's pages.
 #include "AppFixture.h"
 
+#include "app/OlderPages.h"
+#include "app/OlderToolbar.h"
+#include "app/mainScreen.h"
 #include "removal/DeletingPanel.h"
 #include "removal/RemovalListModel.h"
 #include "review/FileListModel.h"
 #include "review/GroupListModel.h"
+#include "review/OlderFileModel.h"
+#include "review/OlderGroupModel.h"
 #include "review/PreviewWindow.h"
 #include "review/ResultLists.h"
+#include "review/ResultScreen.h"
 #include "review/resultView.h"
 
 #include <QApplication>
@@ -16,6 +22,8 @@
 #include <QListView>
 #include <QMenu>
 #include <QPushButton>
+#include <QTableView>
+#include <QToolButton>
 #include <QtTest>
 
 namespace {
@@ -238,6 +246,67 @@ private slots:
         QTRY_VERIFY(QApplication::activeWindow() == f.app->window());
         QVERIFY(screen->isAncestorOf(focused()));
         QVERIFY(tabTo(screen->duplicateListMain()));
+    }
+
+    // The scan list's pages: its list, the list scan, the result page's lists and check boxes, and
+    // the rows of the list again after the scan.
+    void theScanListByKeys() {
+        TempTree tree;
+        tree.sizedFile("target/A/p1.jpg", 120000, 'p');
+        tree.sizedFile("target/B/p2.jpg", 120000, 'p');
+        tree.sizedFile("target/A/t1.txt", 110000, 't');
+        tree.sizedFile("target/B/t2.txt", 110000, 't');
+        tree.sizedFile("target/C/t3.txt", 110000, 't');
+        tree.sizedFile("target/A/o1.bin", 130000, 'o');
+        tree.sizedFile("target/C/o2.bin", 130000, 'o');
+        tree.folder("extra");
+        AppFixture f;
+        QVERIFY(QTest::qWaitForWindowActive(f.app->window()));
+        OlderToolbar* bar = f.app->olderPages()->toolbar();
+        ResultScreen* page = f.app->ResultScreenObj();
+
+        // Ctrl+L shows the scan list; an empty list starts on Add.
+        press(Qt::Key_L, Qt::ControlModifier);
+        QVERIFY(f.app->isOlderViewShown());
+        QCOMPARE(focused(), bar->Add());
+        f.prompter.expectPanel(Prompter::OK, { tree.path("target"), tree.path("extra") });
+        press(Qt::Key_Space);
+        QTRY_COMPARE(f.app->state().mainArray.size(), 2);
+        QTRY_VERIFY(bar->scan()->isEnabled());
+        QVERIFY(tabTo(bar->scan()));
+        press(Qt::Key_Space);
+        QTRY_VERIFY_WITH_TIMEOUT(!f.app->isMainScreen(), kScanTimeoutMs);
+        QTRY_VERIFY(!f.app->state().isScanRunning);
+        QVERIFY(page->isAncestorOf(focused()));
+
+        // The types, the groups and the files are worked with the arrows; Tab goes from one to the
+        // next (not from cell to cell); Return ticks the current file.
+        QVERIFY(tabTo(page->typeList()));
+        press(Qt::Key_Down);
+        QCOMPARE(page->groupModel()->rowCount(), 1);
+        press(Qt::Key_Up);
+        QCOMPARE(page->groupModel()->rowCount(), 3);
+        press(Qt::Key_Tab);
+        QCOMPARE(focused(), page->duplicateList());
+        press(Qt::Key_Down);
+        QCOMPARE(page->duplicateList()->currentIndex().row(), 1);
+        QVERIFY(tabTo(page->sameList()));
+        press(Qt::Key_Down);
+        press(Qt::Key_Return);
+        QVERIFY(page->fileModel()->isChosen(1));
+        QTRY_VERIFY(bar->Remove()->isEnabled());
+        press(Qt::Key_Return);
+        QVERIFY(!page->fileModel()->isChosen(1));
+
+        // Back on the list after the scan, Delete still removes the current row.
+        QCOMPARE(bar->Add()->text(), QStringLiteral("Back"));
+        QVERIFY(tabTo(bar->Add()));
+        press(Qt::Key_Space);
+        QVERIFY(f.app->isMainScreen());
+        QVERIFY(tabTo(f.app->mainScreenObj()->foldersScrollview()));
+        press(Qt::Key_Home);
+        press(Qt::Key_Delete);
+        QCOMPARE(f.app->state().mainArray, QList<QByteArray> { tree.path("extra") });
     }
 };
 

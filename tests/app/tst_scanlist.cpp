@@ -207,6 +207,27 @@ private slots:
         QCOMPARE(f.app->state().mainArray.size(), 2);
     }
 
+    // Back on the list after a scan, a row's remove button takes it out at once (it once did
+    // nothing until another item had been added).
+    void rowsCanBeRemovedAfterAScan() {
+        TempTree tree;
+        const QByteArray target = makeTarget(tree);
+        const QByteArray extra = tree.folder("extra");
+        AppFixture f;
+        f.app->addDragFile({ extra });
+        scanFromTheMenu(f, target);
+        QCOMPARE(f.app->state().mainArray, (QList<QByteArray> { extra, target }));
+        QTest::mouseClick(f.app->olderPages()->toolbar()->Add(), Qt::LeftButton);
+        QVERIFY(f.app->isMainScreen());
+        QListView* list = f.app->mainScreenObj()->foldersScrollview();
+        list->doItemsLayout();
+        const QRect row = list->visualRect(f.app->mainScreenObj()->model()->index(0));
+        QTest::mouseClick(
+            list->viewport(), Qt::LeftButton, Qt::NoModifier, FolderRowDelegate::removeButtonRect(row).center());
+        QCOMPARE(f.app->state().mainArray, QList<QByteArray> { target });
+        QCOMPARE(f.app->mainScreenObj()->model()->rowCount(), 1);
+    }
+
     void aListScanEndsOnItsResult() {
         TempTree tree;
         const QByteArray target = makeTarget(tree);
