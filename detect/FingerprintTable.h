@@ -19,6 +19,8 @@ public:
 
     void insert(const QByteArray& path, const Fingerprint& fingerprint) { m_entries.push_back({ path, fingerprint }); }
     bool isEmpty() const { return m_entries.empty(); }
+    // Room for this many more entries, so that a table of known size is not grown twice over.
+    void reserveMore(qsizetype count) { m_entries.reserve(m_entries.size() + static_cast<size_t>(count)); }
     // Entries recorded, repeats of one path included.
     qsizetype recordedCount() const { return static_cast<qsizetype>(m_entries.size()); }
     void clear() { std::vector<Entry>().swap(m_entries); }

@@ -157,6 +157,10 @@ void FolderNode::publish() {
         m_appDel.table.insert(PathBytes::appendingComponent(m_selfURL, child.name), *m_subHashListDir[i]);
     }
     std::vector<std::optional<Fingerprint>>().swap(m_subHashListDir);
+    // Nothing reads this folder's children again: their names and digests go now, so the tree
+    // shrinks while the table grows.
+    m_SubfileURLList.clear();
+    std::vector<FolderChild>().swap(m_appDel.tree.nodes[static_cast<size_t>(m_treeIndex)].children);
 
     if (m_perentObject)
         m_perentObject->updateSuperURL(m_indexInParent, *m_selfHash);

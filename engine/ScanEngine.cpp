@@ -202,6 +202,10 @@ void ScanEngine::walkRecursive(const QList<QByteArray>& givenTargets, Flavor fla
     }
 
     // Fold in target order: the table receives what the one-at-a-time walk would have recorded.
+    qsizetype items = static_cast<qsizetype>(steps.size() + tree.nodes.size());
+    for (const FolderTreeNode& folder : tree.nodes)
+        items += static_cast<qsizetype>(folder.children.size());
+    unitTable.reserveMore(items);
     for (const TargetStep& step : steps) {
         FingerprintTable& table = step.fileTable ? fileTable : unitTable;
         switch (step.action) {
