@@ -1,11 +1,14 @@
 #include "review/ResultIndex.h"
 
 #include "base/PathBytes.h"
+#include "review/SplitWork.h"
 #include "review/TextCompare.h"
 
 #include <algorithm>
 #include <cstring>
 #include <numeric>
+#include <string>
+#include <string_view>
 
 namespace {
 
@@ -24,36 +27,70 @@ char lowered(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-// Whether the ASCII text contains the needle (lower case, ASCII), ignoring case.
-bool containsAsciiIgnoringCase(const char* text, qsizetype size, const QByteArray& needle) {
-    const qsizetype length = needle.size();
-    const char first = needle.at(0);
-    const char firstUpper = first >= 'a' && first <= 'z' ? static_cast<char>(first - 'a' + 'A') : first;
-    for (qsizetype i = 0; i + length <= size; ++i) {
-        if (text[i] != first && text[i] != firstUpper)
-            continue;
-        qsizetype j = 1;
-        while (j < length && lowered(text[i + j]) == needle.at(j))
-            ++j;
-        if (j == length)
-            return true;
+// The keys the name sort compares, for one range of groups: the case-folded code points of each
+// original's displayed name, as UTF-8. UTF-8 keeps the order of code points, so comparing these
+// bytes orders names as comparing their folded code points does; a plain ASCII name folds to its
+// lower case.
+struct NameKeys {
+    qsizetype first = 0;
+    std::string bytes;
+    std::vector<size_t> start;
+
+    std::string_view at(qsizetype group) const {
+        const auto local = static_cast<size_t>(group - first);
+        return std::string_view(bytes).substr(start[local], start[local + 1] - start[local]);
     }
-    return false;
+
+    void append(const QByteArray& path) {
+        start.push_back(bytes.size());
+        // The last component, read in place: the name is not copied out of the path first.
+        qsizetype from = path == "/" ? 0 : path.lastIndexOf('/') + 1;
+        const char* name = path.constData() + from;
+        const qsizetype size = path.size() - from;
+        if (isAscii(name, size)) {
+            for (qsizetype i = 0; i < size; ++i)
+                bytes.push_back(lowered(name[i]));
+            return;
+        }
+        TextCompare::appendCaseInsensitiveKey(bytes, PathBytes::display(QByteArray::fromRawData(name, size)));
+    }
+};
+
+// A place in the name order: the first sixteen bytes of the key, big-endian, decide most
+// comparisons without reading the key itself; the rest of the key is read only on a tie.
+struct Place {
+    quint64 head;
+    quint64 next;
+    const char* rest;
+    quint32 restSize;
+    quint32 group;
+
+    bool operator<(const Place& other) const {
+        if (head != other.head)
+            return head < other.head;
+        if (next != other.next)
+            return next < other.next;
+        const int order = std::string_view(rest, restSize).compare(std::string_view(other.rest, other.restSize));
+        return order != 0 ? order < 0 : group < other.group;
+    }
+    bool sameKey(const Place& other) const {
+        return head == other.head && next == other.next
+            && std::string_view(rest, restSize) == std::string_view(other.rest, other.restSize);
+    }
+};
+
+// Names hold no zero byte, so a short key padded with zeros still sorts before a longer one.
+quint64 bigEndianAt(std::string_view key, size_t from) {
+    quint64 value = 0;
+    for (size_t i = from; i < from + 8; ++i)
+        value = value << 8 | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0u);
+    return value;
 }
 
-// The key the name sort compares, as UTF-8: the case-folded code points of the displayed name.
-// UTF-8 keeps the order of code points, so comparing these bytes orders names as comparing their
-// folded code points does; a plain ASCII name folds to its lower case.
-void appendNameKey(QByteArray& keys, const QByteArray& name) {
-    if (isAscii(name.constData(), name.size())) {
-        const qsizetype start = keys.size();
-        keys.append(name);
-        for (qsizetype i = start; i < keys.size(); ++i)
-            keys[i] = lowered(keys.at(i));
-        return;
-    }
-    const QList<char32_t> folded = TextCompare::caseInsensitiveKey(PathBytes::display(name));
-    keys.append(QString::fromUcs4(folded.constData(), folded.size()).toUtf8());
+Place placeOf(std::string_view key, qsizetype group) {
+    const std::string_view rest = key.substr(std::min<size_t>(16, key.size()));
+    return { bigEndianAt(key, 0), bigEndianAt(key, 8), rest.data(), static_cast<quint32>(rest.size()),
+        static_cast<quint32>(group) };
 }
 
 } // namespace
@@ -61,44 +98,52 @@ void appendNameKey(QByteArray& keys, const QByteArray& name) {
 std::shared_ptr<const ResultIndex> ResultIndex::make(
     const QList<DuplicateGroupPtr>& groups, const std::atomic<bool>& stop) {
     auto index = std::make_shared<ResultIndex>();
-    const auto count = static_cast<size_t>(groups.size());
-    index->m_types.reserve(count);
+    const qsizetype count = groups.size();
+    index->m_types.resize(static_cast<size_t>(count));
 
-    QByteArray keys;
-    std::vector<qsizetype> keyStart;
-    keyStart.reserve(count + 1);
-    for (qsizetype g = 0; g < groups.size(); ++g) {
-        if (g % kStopStride == 0 && stop.load(std::memory_order_relaxed))
-            return nullptr;
-        const duplicates& group = *groups.at(g);
-        index->m_types.push_back(group.type());
-        keyStart.push_back(keys.size());
-        appendNameKey(keys, PathBytes::lastPathComponent(group.original()));
-        const QList<DuplicateFilePtr>& files = group.listAll();
-        for (qsizetype f = 0; f < files.size(); ++f) {
-            const QByteArray& path = files.at(f)->urlFile();
-            if (isAscii(path.constData(), path.size()))
-                continue;
-            const QString text = PathBytes::display(path).normalized(QString::NormalizationForm_C).toCaseFolded();
-            index->m_foldedAt.push_back(
-                { static_cast<quint32>(g), static_cast<quint32>(f), static_cast<quint64>(index->m_folded.size()) });
-            index->m_folded.append(text.toUtf8());
-            index->m_folded.append('\0');
+    // Each range folds its names and sorts them; the sorted ranges are merged afterwards.
+    const int parts = SplitWork::partsFor(count);
+    std::vector<NameKeys> keys(static_cast<size_t>(parts));
+    std::vector<Place> places(static_cast<size_t>(count));
+    std::vector<qsizetype> partStart(static_cast<size_t>(parts) + 1, count);
+    std::atomic<bool> stopped { false };
+    SplitWork::run(count, parts, [&](int part, qsizetype begin, qsizetype end) {
+        partStart[static_cast<size_t>(part)] = begin;
+        NameKeys& mine = keys[static_cast<size_t>(part)];
+        mine.first = begin;
+        mine.start.reserve(static_cast<size_t>(end - begin) + 1);
+        mine.bytes.reserve(static_cast<size_t>(end - begin) * 16);
+        for (qsizetype g = begin; g < end; ++g) {
+            if ((g - begin) % kStopStride == 0 && stop.load(std::memory_order_relaxed)) {
+                stopped = true;
+                return;
+            }
+            const duplicates& group = *groups.at(g);
+            index->m_types[static_cast<size_t>(g)] = group.type();
+            mine.append(group.original());
         }
+        mine.start.push_back(mine.bytes.size());
+        for (qsizetype g = begin; g < end; ++g)
+            places[static_cast<size_t>(g)] = placeOf(mine.at(g), g);
+    });
+    if (stopped)
+        return nullptr;
+    // The ranges' keys are in place now: each range is sorted, then merged into the ones before.
+    SplitWork::run(count, parts,
+        [&](int, qsizetype begin, qsizetype end) { std::sort(places.begin() + begin, places.begin() + end); });
+    for (int part = 1; part < parts; ++part) {
+        std::inplace_merge(places.begin(), places.begin() + partStart[static_cast<size_t>(part)],
+            places.begin() + partStart[static_cast<size_t>(part) + 1]);
     }
-    keyStart.push_back(keys.size());
-    index->m_folded.squeeze();
+    if (stop.load())
+        return nullptr;
 
-    const auto keyOf = [&](quint32 g) {
-        return std::string_view(keys.constData() + keyStart[g], static_cast<size_t>(keyStart[g + 1] - keyStart[g]));
-    };
-    index->m_byName.resize(count);
-    std::iota(index->m_byName.begin(), index->m_byName.end(), quint32(0));
-    std::stable_sort(
-        index->m_byName.begin(), index->m_byName.end(), [&](quint32 a, quint32 b) { return keyOf(a) < keyOf(b); });
-    index->m_sameNameAsBefore.resize(count);
-    for (size_t i = 1; i < count; ++i)
-        index->m_sameNameAsBefore[i] = keyOf(index->m_byName[i]) == keyOf(index->m_byName[i - 1]);
+    index->m_byName.resize(static_cast<size_t>(count));
+    index->m_sameNameAsBefore.resize(static_cast<size_t>(count));
+    for (size_t i = 0; i < places.size(); ++i) {
+        index->m_byName[i] = places[i].group;
+        index->m_sameNameAsBefore[i] = i > 0 && places[i].sameKey(places[i - 1]);
+    }
     return index;
 }
 
@@ -158,38 +203,5 @@ std::optional<std::vector<quint32>> ResultIndex::order(const QList<DuplicateGrou
     // sort it reverses equal keys when descending.
     std::stable_sort(out.begin(), out.end(),
         [&keys, descending](quint32 a, quint32 b) { return descending != (keys[a] < keys[b]); });
-    return out;
-}
-
-std::optional<std::vector<bool>> ResultIndex::matching(const QList<DuplicateGroupPtr>& groups,
-    const QString& foldedNeedle, const std::vector<bool>* within, const std::atomic<bool>& stop) const {
-    if (foldedNeedle.isEmpty())
-        return std::nullopt;
-    const QByteArray needle = foldedNeedle.toUtf8();
-    const bool asciiNeedle = isAscii(needle.constData(), needle.size());
-    std::vector<bool> out(static_cast<size_t>(size()));
-    size_t folded = 0;
-    for (qsizetype g = 0; g < size(); ++g) {
-        if (g % kStopStride == 0 && stop.load(std::memory_order_relaxed))
-            return std::nullopt;
-        if (within && !(*within)[static_cast<size_t>(g)])
-            continue;
-        while (folded < m_foldedAt.size() && m_foldedAt[folded].group < g)
-            ++folded;
-        const QList<DuplicateFilePtr>& files = groups.at(g)->listAll();
-        bool found = false;
-        for (qsizetype f = 0; f < files.size() && !found; ++f) {
-            if (folded < m_foldedAt.size() && m_foldedAt[folded].group == g && m_foldedAt[folded].file == f) {
-                const char* text = m_folded.constData() + m_foldedAt[folded].offset;
-                found = std::string_view(text).find(std::string_view(needle.constData(), needle.size()))
-                    != std::string_view::npos;
-                ++folded;
-            } else if (asciiNeedle) {
-                const QByteArray& path = files.at(f)->urlFile();
-                found = containsAsciiIgnoringCase(path.constData(), path.size(), needle);
-            }
-        }
-        out[static_cast<size_t>(g)] = found;
-    }
     return out;
 }

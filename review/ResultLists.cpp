@@ -3,6 +3,7 @@
 #include "base/Log.h"
 #include "engine/ScanState.h"
 #include "review/ResultIndex.h"
+#include "review/SearchIndex.h"
 #include "review/Selection.h"
 #include "review/TextCompare.h"
 
@@ -19,6 +20,9 @@ struct ResultLists::Work {
     // Set when the groups change: even the index stops then.
     std::atomic<bool> dropped { false };
     std::shared_ptr<const ResultIndex> index;
+    // The search's index, made once by whichever asks first (a second asker waits for it).
+    QMutex searchBuild;
+    std::shared_ptr<const SearchIndex> search;
     // The orders of keys 0 to 3, ascending and descending; key 4 follows the selection and is
     // worked out for each rebuild.
     std::shared_ptr<const std::vector<quint32>> orders[4][2];
@@ -36,6 +40,20 @@ struct ResultLists::Request {
 };
 
 namespace {
+
+// The search's index of the result, made when first needed; nothing when the result changed first.
+std::shared_ptr<const SearchIndex> searchIndexFor(ResultLists::Work& work, const QList<DuplicateGroupPtr>& groups) {
+    QMutexLocker building(&work.searchBuild);
+    {
+        QMutexLocker lock(&work.mutex);
+        if (work.search)
+            return work.search;
+    }
+    std::shared_ptr<const SearchIndex> made = SearchIndex::make(groups, work.dropped);
+    QMutexLocker lock(&work.mutex);
+    work.search = made;
+    return made;
+}
 
 // The rows of one rebuild; nothing when `stop` turned true first.
 std::optional<std::vector<quint32>> rowsFor(
@@ -92,7 +110,11 @@ std::optional<std::vector<quint32>> rowsFor(
                 within = work.matches;
         }
         if (!matches) {
-            std::optional<std::vector<bool>> made = index->matching(request.groups, request.needle, within.get(), stop);
+            const std::shared_ptr<const SearchIndex> search = searchIndexFor(work, request.groups);
+            if (!search || stop.load())
+                return std::nullopt;
+            std::optional<std::vector<bool>> made
+                = search->matching(request.groups, request.needle, within.get(), stop);
             if (!made)
                 return std::nullopt;
             matches = std::make_shared<const std::vector<bool>>(std::move(*made));
@@ -127,6 +149,7 @@ ResultLists::ResultLists(ScanState& state, const Selection& selection)
     , m_receiver(std::make_unique<QObject>()) {
     // One rebuild at a time: a newer one waits behind an older one, which stops early.
     m_pool.setMaxThreadCount(1);
+    m_searchPool.setMaxThreadCount(1);
 }
 
 ResultLists::~ResultLists() {
@@ -134,6 +157,7 @@ ResultLists::~ResultLists() {
     if (m_stopCurrent)
         *m_stopCurrent = true;
     m_pool.waitForDone();
+    m_searchPool.waitForDone();
 }
 
 void ResultLists::resetSortAndFilter() {
@@ -261,7 +285,11 @@ void ResultLists::prepare() {
     if (first.groups.size() < kBackgroundFrom)
         return;
     const auto never = std::make_shared<std::atomic<bool>>(false);
-    m_pool.start([work = m_work, first, never] { rowsFor(*work, first, *never); });
+    // The first list's needs first; then the search's index, beside the rebuilds that follow.
+    m_pool.start([work = m_work, first, never, searchPool = &m_searchPool] {
+        if (rowsFor(*work, first, *never))
+            searchPool->start([work, groups = first.groups] { searchIndexFor(*work, groups); });
+    });
 }
 
 void ResultLists::resultWillChange() {
@@ -271,6 +299,7 @@ void ResultLists::resultWillChange() {
     ++m_generation;
     m_busy = false;
     m_pool.waitForDone();
+    m_searchPool.waitForDone();
     m_work = std::make_shared<Work>();
     m_work->groupsData = m_state.duplicateMainArray.constData();
     m_work->groupsSize = m_state.duplicateMainArray.size();

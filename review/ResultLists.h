@@ -19,11 +19,11 @@ class Selection;
 // the search text changes. The main array itself is never reordered or filtered here.
 //
 // What a rebuild needs is worked out once per result and kept: each group's category and the order
-// of the names (a ResultIndex), the order of each sort key and direction once asked for, and the
-// groups matching the last search text. A rebuild then only picks the matching groups out of a kept
-// order. Where something is still missing and the result is large, the rebuild runs on a thread of
-// its own and the new list replaces the shown one at once when it is ready; a newer rebuild makes an
-// older one stop, and its list is never shown.
+// of the names (a ResultIndex), the folded paths for the search (a SearchIndex), the order of each
+// sort key and direction once asked for, and the groups matching the last search text. A rebuild
+// then only picks the matching groups out of a kept order. Where something is still missing and the
+// result is large, the rebuild runs on a thread of its own and the new list replaces the shown one
+// at once when it is ready; a newer rebuild makes an older one stop, and its list is never shown.
 class ResultLists {
 public:
     // Sort keys and directions: the tags of the sort menu's items.
@@ -112,6 +112,8 @@ private:
     quint64 m_generation = 0;
     bool m_busy = false;
     QThreadPool m_pool;
+    // Makes the search's index after a scan, while the rebuilds go on in m_pool.
+    QThreadPool m_searchPool;
     // Lives on the thread that made the lists: finished rebuilds are handed over through it.
     std::unique_ptr<QObject> m_receiver;
     QPointer<QObject> m_listenerContext;

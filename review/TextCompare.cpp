@@ -34,29 +34,63 @@ constexpr Expansion kExpansions[] = {
     { 0xFB17, { 0x0574, 0x056D, 0 } },
 };
 
-QList<char32_t> foldedCodePoints(const QString& text) {
-    const QList<uint> simple = text.normalized(QString::NormalizationForm_D).toCaseFolded().toUcs4();
-    QList<char32_t> out;
-    out.reserve(simple.size());
-    for (const uint c : simple) {
-        const auto* hit = std::find_if(
-            std::begin(kExpansions), std::end(kExpansions), [c](const Expansion& e) { return e.from == c; });
+// Hands each folded code point of the text to `sink`, in order.
+template <typename Sink> void forEachFoldedCodePoint(const QString& text, const Sink& sink) {
+    const QString simple = text.normalized(QString::NormalizationForm_D).toCaseFolded();
+    for (qsizetype i = 0; i < simple.size(); ++i) {
+        char32_t c = simple.at(i).unicode();
+        if (QChar::isHighSurrogate(c) && i + 1 < simple.size() && simple.at(i + 1).isLowSurrogate()) {
+            c = QChar::surrogateToUcs4(simple.at(i).unicode(), simple.at(i + 1).unicode());
+            ++i;
+        }
+        // Every expansion starts above U+00DE.
+        const auto* hit = c < 0xDF ? std::end(kExpansions)
+                                   : std::find_if(std::begin(kExpansions), std::end(kExpansions),
+                                       [c](const Expansion& e) { return e.from == c; });
         if (hit == std::end(kExpansions)) {
-            out.append(static_cast<char32_t>(c));
+            sink(c);
             continue;
         }
         for (const char32_t part : hit->to) {
             if (part != 0)
-                out.append(part);
+                sink(part);
         }
     }
+}
+
+QList<char32_t> foldedCodePoints(const QString& text) {
+    QList<char32_t> out;
+    out.reserve(text.size());
+    forEachFoldedCodePoint(text, [&out](char32_t c) { out.append(c); });
     return out;
+}
+
+void appendUtf8(std::string& out, char32_t c) {
+    if (c < 0x80) {
+        out.push_back(static_cast<char>(c));
+    } else if (c < 0x800) {
+        out.push_back(static_cast<char>(0xC0 | (c >> 6)));
+        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+    } else if (c < 0x10000) {
+        out.push_back(static_cast<char>(0xE0 | (c >> 12)));
+        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+    } else {
+        out.push_back(static_cast<char>(0xF0 | (c >> 18)));
+        out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+    }
 }
 
 } // namespace
 
 QList<char32_t> caseInsensitiveKey(const QString& text) {
     return foldedCodePoints(text);
+}
+
+void appendCaseInsensitiveKey(std::string& out, const QString& text) {
+    forEachFoldedCodePoint(text, [&out](char32_t c) { appendUtf8(out, c); });
 }
 
 int caseInsensitiveCompare(const QString& a, const QString& b) {

@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QString>
+#include <string>
 
 // The two text comparisons of the result lists.
 namespace TextCompare {
@@ -14,6 +15,9 @@ int caseInsensitiveCompare(const QString& a, const QString& b);
 // The code points that comparison works on: comparing two keys lexicographically gives the same
 // order, so a sort can fold each text once.
 QList<char32_t> caseInsensitiveKey(const QString& text);
+// The same key as UTF-8, appended to `out`: UTF-8 keeps the order of code points, so comparing
+// these bytes orders texts as comparing their keys does.
+void appendCaseInsensitiveKey(std::string& out, const QString& text);
 
 // Plain substring test ignoring case: both texts composed (NFC) and case folded. No wildcards; the
 // needle is taken as it stands, and an empty needle matches nothing.

@@ -1,11 +1,15 @@
 #include "review/ListModel.h"
 #include "review/ListSelection.h"
 #include "review/ResultFixture.h"
+#include "review/ResultIndex.h"
 #include "review/ResultLists.h"
+#include "review/SearchIndex.h"
 #include "review/Selection.h"
+#include "review/SplitWork.h"
 #include "review/TextCompare.h"
 
 #include <QtTest>
+#include <numeric>
 
 namespace {
 
@@ -205,6 +209,57 @@ private slots:
         for (qsizetype i = 1; i < byName.size(); ++i) {
             const int order = TextCompare::caseInsensitiveCompare(shownNames[i - 1], shownNames[i]);
             QVERIFY(order < 0 || (order == 0 && position[byName[i - 1].get()] < position[byName[i].get()]));
+        }
+    }
+
+    // A result large enough to be indexed by every core: the name order and the search must be
+    // those a plain sort and a plain search give, across the seams between the cores' ranges.
+    void largeIndexesMatchPlainSortAndSearch() {
+        // Names that tie over their first sixteen bytes, fold alike (case, "ß", the "ﬁ" ligature),
+        // are prefixes of each other, or reach beyond the basic plane.
+        const QList<QByteArray> names { "Holiday Pictures 2023 - 10.jpg", "holiday pictures 2023 - 1.jpg",
+            "HOLIDAY PICTURES 2023 - 10.JPG",
+            "Stra\xc3\x9f"
+            "e",
+            "STRASSE", "\xef\xac\x81le", "file", "caf\xc3\xa9", "cafe\xcc\x81 x", "\xf0\x9f\x93\xb7 photo", "a", "A",
+            "ab", "Zeta" };
+        const qsizetype count = SplitWork::kSplitFrom + 7;
+        QList<DuplicateGroupPtr> groups;
+        for (qsizetype i = 0; i < count; ++i) {
+            const QByteArray name = names[i % names.size()] + (i % 3 ? QByteArray() : QByteArray::number(i % 97));
+            groups.append(
+                makeGroup({ "/d/" + QByteArray::number(i % 31) + '/' + name,
+                              "/copy/" + QByteArray::number(i) + "/Caf\xc3\xa9 " + QByteArray::number(i % 13) },
+                    1, 40));
+        }
+        const std::atomic<bool> never { false };
+        const std::shared_ptr<const ResultIndex> index = ResultIndex::make(groups, never);
+        QVERIFY(index);
+        std::vector<QList<char32_t>> keys;
+        for (const DuplicateGroupPtr& group : groups)
+            keys.push_back(TextCompare::caseInsensitiveKey(originalNames({ group }).first()));
+        for (const bool descending : { false, true }) {
+            std::vector<quint32> expected(static_cast<size_t>(count));
+            std::iota(expected.begin(), expected.end(), quint32(0));
+            std::stable_sort(expected.begin(), expected.end(),
+                [&](quint32 a, quint32 b) { return descending ? keys[b] < keys[a] : keys[a] < keys[b]; });
+            QCOMPARE(index->order(groups, ResultLists::OriginalFilename, descending, {}, never), expected);
+        }
+
+        const std::shared_ptr<const SearchIndex> search = SearchIndex::make(groups, never);
+        QVERIFY(search);
+        for (const QString& needle : { QStringLiteral("CAF\u00c9 1"), QStringLiteral("/7/"),
+                 QStringLiteral("stra\u00dfe"), QStringLiteral("\U0001F4F7") }) {
+            const std::optional<std::vector<bool>> found
+                = search->matching(groups, TextCompare::foldedNeedle(needle), nullptr, never);
+            QVERIFY(found);
+            for (qsizetype g = 0; g < count; ++g) {
+                bool expected = false;
+                for (const DuplicateFilePtr& file : groups[g]->listAll())
+                    expected
+                        = expected || TextCompare::containsIgnoringCase(QString::fromUtf8(file->urlFile()), needle);
+                QCOMPARE((*found)[static_cast<size_t>(g)], expected);
+            }
         }
     }
 
