@@ -10,11 +10,11 @@
 // The record of every removal, kept so that a removal can be undone: one file per removal in
 // $XDG_DATA_HOME/twinsift/journal/ (~/.local/share/twinsift/journal/), one JSON object per line.
 // Before an item is touched its record ("begin": the action, the item's path bytes, size,
-// modification time, permissions and digest as checked, the kept copy) is written and flushed to
-// the disk; after it, a "done" line says what is left in its place (the trash entry and its
-// .trashinfo, or the link or link file made) or a "failed" line why not, written at once and flushed
-// with the next record (one flush per item). A crash part-way leaves a
-// journal whose last "begin" without an end says exactly where it stopped. Undoing appends "undone"
+// modification time, permissions and digest as checked, the kept copy) is written to the file;
+// after it, a "done" line says what is left in its place (the trash entry and its .trashinfo, or the
+// link or link file made) or a "failed" line why not. A crash of the program part-way leaves a
+// journal whose last "begin" without an end says exactly where it stopped. The file is flushed to
+// the disk at most every 0.2 s of removal, and at the end (see flush()). Undoing appends "undone"
 // lines. Paths are written in base64, so any name comes back byte for byte.
 class Journal {
 public:
@@ -57,21 +57,24 @@ public:
     Journal(const Journal&) = delete;
     Journal& operator=(const Journal&) = delete;
 
-    // Writes and flushes the record of an item about to be acted on; answers its number, or -1
-    // when the journal cannot be written (the item must then be left alone).
+    // Writes the record of an item about to be acted on; answers its number, or -1 when the journal
+    // cannot be written (the item must then be left alone).
     qint64 begin(const Entry& entry);
     void done(qint64 seq, const QByteArray& leftBehind, const QByteArray& trashInfo);
     void failed(qint64 seq, const QString& reason);
+    // Puts every record written so far on the disk: at the end of a removal, however it ended.
+    void flush();
     const QByteArray& file() const { return m_file; }
 
     // Appends that entry `seq` of the journal `file` was undone.
     static bool markUndone(const QByteArray& file, qint64 seq);
 
 private:
-    bool append(const QByteArray& line, bool sync);
+    bool append(const QByteArray& line);
 
     QByteArray m_file;
     int m_fd = -1;
     qint64 m_next = 1;
     bool m_unsynced = false;
+    qint64 m_syncedAtMs = 0; // monotonic clock of the last flush
 };

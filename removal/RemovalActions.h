@@ -63,7 +63,7 @@ QList<Outcome> run(Action action, const QList<DuplicateFilePtr>& files, const QL
     const QList<QByteArray>& roots = {}, const QList<QByteArray>& protectedFolders = {});
 
 // The action on one planned item: checks it and carries it out (see RemovalRun).
-// With a journal, the item's record is written and flushed before it is touched (an item whose
+// With a journal, the item's record is written before it is touched (an item whose
 // record cannot be written is left alone) and completed after.
 Outcome actOn(
     Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver, Journal* journal = nullptr);

@@ -20,5 +20,7 @@ const RemovalActions::Outcome& RemovalRun::step() {
     } else {
         m_outcomes.append(RemovalActions::actOn(m_action, item, m_resolver, &m_journal));
     }
+    if (atEnd())
+        m_journal.flush();
     return m_outcomes.last();
 }

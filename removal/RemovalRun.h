@@ -21,7 +21,10 @@ public:
     bool atEnd() const { return done() >= total(); }
 
     // Handles the next item (on disk) and answers what happened to it. Not to be called at the end.
+    // After the last item the journal is flushed to the disk.
     const RemovalActions::Outcome& step();
+    // Flushes the journal of a run stopped before its end.
+    void stop() { m_journal.flush(); }
     const QList<RemovalActions::Outcome>& outcomes() const { return m_outcomes; }
 
 private:

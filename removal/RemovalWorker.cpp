@@ -64,6 +64,7 @@ void RemovalWorker::run() {
         removal->step();
         m_done = removal->done();
     }
+    removal->stop();
     QList<RemovalActions::Outcome> outcomes = removal->outcomes();
     // What was not reached stays as it is, and says so.
     for (size_t i = static_cast<size_t>(outcomes.size()); i < removal->plan().items().size(); ++i) {

@@ -23,7 +23,11 @@ QList<RemovalActions::Outcome> removeCopies(const QList<std::pair<QByteArray, QB
     RemovalReview review(state, selection, lists, older);
     for (const auto& [kept, copy] : pairs) {
         state.duplicateMainArray.append(duplicates::initWithURL({ kept, copy }, 1));
-        selection.duplicateSelectedArray.append(state.duplicateMainArray.last()->listAll()[1]);
+        // The group orders its members by creation time, which two files made at once may share.
+        for (const DuplicateFilePtr& member : state.duplicateMainArray.last()->listAll()) {
+            if (member->urlFile() == copy)
+                selection.duplicateSelectedArray.append(member);
+        }
     }
     return review.runAction(action);
 }
@@ -77,6 +81,7 @@ private slots:
 
         const Journal::Removal removal = lastRemoval();
         QCOMPARE(removal.doneCount(), 1);
+        QVERIFY(removal.started.isValid() && qAbs(removal.started.secsTo(QDateTime::currentDateTimeUtc())) < 600);
         QCOMPARE(removal.entries[0].path, copy);
         QCOMPARE(removal.entries[0].kept, kept);
         const QList<Undo::Result> results = Undo::undo(removal);
