@@ -211,8 +211,9 @@ bool answeredByCache(const HashPool::Job& job, DigestCache* cache) {
     return known && answerFromCache(job, *known);
 }
 
-// What a reader keeps between jobs: the folder it last opened a file in, so that the next file of
-// that folder is opened by its name alone instead of by its whole path.
+// What a reader keeps between jobs: the folder its last file lay in and, once a second file of the
+// same folder follows, that folder open, so that the files after it are opened by their names alone
+// instead of by their whole paths.
 struct ReaderState {
     const FolderTreeNode* folder = nullptr;
     FileSystem::Fd folderFd;
@@ -225,6 +226,8 @@ int openJobFile(const HashPool::Job& job, ReaderState& reader) {
     if (job.folder) {
         if (reader.folder != job.folder) {
             reader.folder = job.folder;
+            reader.folderFd = FileSystem::Fd();
+        } else if (!reader.folderFd.isValid()) {
             reader.folderFd = FileSystem::Fd(FileSystem::openPath(job.folder->path, O_PATH | O_DIRECTORY));
         }
         if (reader.folderFd.isValid()) {

@@ -43,6 +43,112 @@ bool isVirtualFileSystem(const QByteArray& path) {
 
 } // namespace
 
+FolderListing FolderListing::of(const QByteArray& path) {
+    FolderListing listing;
+    const int fd = FileSystem::openPath(path, O_RDONLY | O_DIRECTORY);
+    DIR* dir = fd >= 0 ? ::fdopendir(fd) : nullptr;
+    if (!dir) {
+        if (fd >= 0)
+            ::close(fd);
+        return listing;
+    }
+    listing.opened = true;
+    for (;;) {
+        errno = 0;
+        const dirent* entry = ::readdir(dir);
+        if (!entry) {
+            listing.complete = listing.complete && errno == 0;
+            break;
+        }
+        const char* name = entry->d_name;
+        if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
+            continue;
+        FileSystem::ItemInfo info;
+        if (FileSystem::statAt(::dirfd(dir), name, info))
+            listing.entries.emplace_back(QByteArray(name), info);
+        else if (errno != ENOENT)
+            listing.complete = false; // there, but not to be looked at (a folder without search right)
+    }
+    ::closedir(dir);
+    std::sort(
+        listing.entries.begin(), listing.entries.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    return listing;
+}
+
+FolderLister::FolderLister(int threads) {
+    for (int i = 0; i < threads; ++i)
+        m_threads.emplace_back([this] { work(); });
+}
+
+FolderLister::~FolderLister() {
+    {
+        std::lock_guard lock(m_mutex);
+        m_stopping = true;
+    }
+    m_hasWork.notify_all();
+    for (std::thread& thread : m_threads)
+        thread.join();
+}
+
+void FolderLister::expect(qint32 node, const QByteArray& path) {
+    if (m_threads.empty())
+        return;
+    {
+        std::lock_guard lock(m_mutex);
+        m_waiting.push_back(node);
+        m_slots.emplace(node, Slot { path, Slot::Waiting, {} });
+    }
+    m_hasWork.notify_one();
+}
+
+FolderListing FolderLister::take(qint32 node, const QByteArray& path) {
+    {
+        std::unique_lock lock(m_mutex);
+        const auto slot = m_slots.find(node);
+        if (slot != m_slots.end()) {
+            if (slot->second.state == Slot::Waiting) {
+                // Nobody has started on it: listed here, as the walk needs it now.
+                m_waiting.erase(std::find(m_waiting.rbegin(), m_waiting.rend(), node).base() - 1);
+                m_slots.erase(slot);
+            } else {
+                // Nothing is added to the map while the walk waits here, so the entry stays put.
+                Slot& listed = slot->second;
+                m_done.wait(lock, [&] { return listed.state == Slot::Listed; });
+                FolderListing listing = std::move(listed.listing);
+                m_slots.erase(node);
+                --m_ready;
+                lock.unlock();
+                m_hasWork.notify_one();
+                return listing;
+            }
+        }
+    }
+    return FolderListing::of(path);
+}
+
+void FolderLister::work() {
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_hasWork.wait(lock, [this] { return m_stopping || (!m_waiting.empty() && m_ready < kAhead); });
+        if (m_stopping)
+            return;
+        const qint32 node = m_waiting.back();
+        m_waiting.pop_back();
+        Slot& slot = m_slots.at(node);
+        slot.state = Slot::Listing;
+        const QByteArray path = slot.path;
+        lock.unlock();
+        FolderListing listing = FolderListing::of(path);
+        lock.lock();
+        // The slot's address is stable: the walk erases it only once it is listed.
+        Slot& listed = m_slots.at(node);
+        listed.listing = std::move(listing);
+        listed.state = Slot::Listed;
+        ++m_ready;
+        m_done.notify_all();
+    }
+}
+
 Fingerprint unitFingerprint(qint64 totalSize, const QByteArray& extension) {
     return Fingerprint::fromDigest(md5Digest(QByteArray::number(totalSize) + extension));
 }
@@ -65,7 +171,8 @@ TreeWalker::TreeWalker(
     : m_rules(rules)
     , m_tree(tree)
     , m_planner(planner)
-    , m_totalCount(totalCount) { }
+    , m_totalCount(totalCount)
+    , m_lister(std::thread::hardware_concurrency() > 1 ? static_cast<int>(std::thread::hardware_concurrency()) : 0) { }
 
 qint32 TreeWalker::addNode(const QByteArray& path, qint32 parent, const FileSystem::ItemInfo& info, bool enter) {
     const auto index = static_cast<qint32>(m_tree.nodes.size());
@@ -112,38 +219,14 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
     }
     FolderTreeNode& folder = m_tree.nodes[static_cast<size_t>(index)];
 
-    std::vector<std::pair<QByteArray, FileSystem::ItemInfo>> entries;
-    {
-        const int fd = FileSystem::openPath(folder.path, O_RDONLY | O_DIRECTORY);
-        DIR* dir = fd >= 0 ? ::fdopendir(fd) : nullptr;
-        if (!dir) {
-            if (fd >= 0)
-                ::close(fd);
-            markIncomplete(index, QStringLiteral("folder could not be listed"));
-            return;
-        }
-        bool complete = true;
-        for (;;) {
-            errno = 0;
-            const dirent* entry = ::readdir(dir);
-            if (!entry) {
-                complete = complete && errno == 0;
-                break;
-            }
-            const char* name = entry->d_name;
-            if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
-                continue;
-            FileSystem::ItemInfo info;
-            if (FileSystem::statAt(::dirfd(dir), name, info))
-                entries.emplace_back(QByteArray(name), info);
-            else if (errno != ENOENT)
-                complete = false; // there, but not to be looked at (a folder without search right)
-        }
-        ::closedir(dir);
-        if (!complete)
-            markIncomplete(index, QStringLiteral("folder could not be listed in full"));
+    FolderListing listing = m_lister.take(index, folder.path);
+    if (!listing.opened) {
+        markIncomplete(index, QStringLiteral("folder could not be listed"));
+        return;
     }
-    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    if (!listing.complete)
+        markIncomplete(index, QStringLiteral("folder could not be listed in full"));
+    std::vector<std::pair<QByteArray, FileSystem::ItemInfo>>& entries = listing.entries;
 
     const ScanSettings& settings = m_rules.settings;
     const bool scanBundles = settings.checkPKG == QLatin1String("y");
@@ -223,6 +306,11 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
             { &child.fingerprint, keys[i], index, static_cast<qint32>(i), {} }, child.allocated >= nub, &m_tree);
     }
     m_planner.endFolder();
-    // Depth first, in name order, so that hashing follows the folders as they were listed.
-    pending.insert(pending.end(), subfolders.rbegin(), subfolders.rend());
+    // Depth first, in name order, so that hashing follows the folders as they were listed. The
+    // listers take them in the same order, ahead of the walk.
+    for (auto it = subfolders.rbegin(); it != subfolders.rend(); ++it) {
+        pending.push_back(*it);
+        if (m_origins[static_cast<size_t>(*it)].enter)
+            m_lister.expect(*it, m_tree.nodes[static_cast<size_t>(*it)].path);
+    }
 }

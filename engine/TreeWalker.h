@@ -7,10 +7,57 @@
 #include <QSet>
 #include <QString>
 #include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <unordered_map>
 #include <vector>
 
 struct ScanSettings;
 class ContentPlanner;
+
+// A folder's items as one listing finds them, in name order, each with what statx said of it.
+struct FolderListing {
+    std::vector<std::pair<QByteArray, FileSystem::ItemInfo>> entries;
+    bool opened = false; // false: the folder could not be opened for listing
+    bool complete = true; // false: some item could not be read or looked at
+
+    static FolderListing of(const QByteArray& path);
+};
+
+// Lists folders on threads of their own, ahead of the walk that needs them: listing (a statx per
+// item) is most of a walk's work, and the walk itself then only classifies. The walk says which
+// folders it will enter in the order of its stack (the last one given is listed first) and takes
+// each listing when it comes to the folder, listing it itself when no thread has started on it.
+// At most kAhead listings wait to be taken.
+class FolderLister {
+public:
+    explicit FolderLister(int threads);
+    ~FolderLister();
+    FolderLister(const FolderLister&) = delete;
+    FolderLister& operator=(const FolderLister&) = delete;
+
+    void expect(qint32 node, const QByteArray& path);
+    FolderListing take(qint32 node, const QByteArray& path);
+
+private:
+    static constexpr size_t kAhead = 256;
+    struct Slot {
+        QByteArray path;
+        enum State { Waiting, Listing, Listed } state;
+        FolderListing listing;
+    };
+    void work();
+
+    std::mutex m_mutex;
+    std::condition_variable m_hasWork;
+    std::condition_variable m_done;
+    std::vector<qint32> m_waiting; // a stack: the next folder to list on top
+    std::unordered_map<qint32, Slot> m_slots;
+    size_t m_ready = 0;
+    bool m_stopping = false;
+    std::vector<std::thread> m_threads;
+};
 
 struct WalkRules {
     const ScanSettings& settings;
@@ -54,6 +101,7 @@ private:
     FolderTree& m_tree;
     ContentPlanner& m_planner;
     std::atomic<qint64>& m_totalCount;
+    FolderLister m_lister;
     std::vector<Origin> m_origins;
     QSet<QPair<quint64, quint64>> m_entered; // (device, inode) of every folder walked
 };

@@ -8,6 +8,7 @@
 #include "engine/ScanHarness.h"
 #include "engine/ScanObserver.h"
 #include "engine/ScanState.h"
+#include "engine/TreeWalker.h"
 #include "support/TempTree.h"
 #include "support/Unprivileged.h"
 
@@ -465,6 +466,32 @@ private slots:
         QCOMPARE(lines.size(), logged ? 1 : 0);
         if (change == QLatin1String("readonly"))
             ::chmod(QFile::encodeName(folder).constData(), 0755);
+    }
+
+    // Listings made ahead of the walk reach the folder they belong to, whichever thread made them and
+    // in whatever order they are taken; a folder nobody announced is listed on the spot.
+    void listersHandEachFolderItsOwnListing() {
+        TempTree tree;
+        for (int f = 0; f < 40; ++f) {
+            for (int i = 0; i <= f % 5; ++i)
+                tree.file("d" + QByteArray::number(f) + "/n" + QByteArray::number(i), "x");
+        }
+        auto names = [](const FolderListing& listing) {
+            QList<QByteArray> out;
+            for (const auto& [name, info] : listing.entries)
+                out.append(name);
+            return out;
+        };
+        FolderLister lister(3);
+        for (qint32 f = 0; f < 40; ++f)
+            lister.expect(f, tree.path("d" + QByteArray::number(f)));
+        for (qint32 f : { 7, 39, 0, 21, 22, 3 }) {
+            const FolderListing listing = lister.take(f, tree.path("d" + QByteArray::number(f)));
+            QVERIFY(listing.opened && listing.complete);
+            QCOMPARE(names(listing), names(FolderListing::of(tree.path("d" + QByteArray::number(f)))));
+            QCOMPARE(listing.entries.size(), size_t(f % 5 + 1));
+        }
+        QVERIFY(!lister.take(99, tree.path("missing")).opened);
     }
 
     // One folder reached through two paths is walked once: nothing in it is its own duplicate, and
