@@ -37,6 +37,8 @@ qsizetype AppDelegate::selectedDuplicateCount() const {
 }
 
 void AppDelegate::DeleteSelecteditem() {
+    // The sheet lists the choice as it stands, an automatic one still being worked out included.
+    m_resultViewObj->settleChoice();
     if (!m_deleteingWindow) {
         m_deleteingWindow = std::make_unique<DeletingPanel>(
             m_state, m_selection, m_lists, m_listSelection.SelectedFileFolderArray, m_prompter, m_window.get());

@@ -72,9 +72,11 @@ DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists
 
     m_tableDeletefileList->setObjectName(QStringLiteral("tableDeletefileList"));
     m_tableDeletefileList->setProperty("tag", tableTag);
-    m_tableDeletefileList->setModel(m_model);
     m_tableDeletefileList->setItemDelegate(m_rowDelegate);
     m_tableDeletefileList->setUniformItemSizes(true);
+    // A long list is laid out in steps between other events, so that the sheet shows at once.
+    m_tableDeletefileList->setLayoutMode(QListView::Batched);
+    m_tableDeletefileList->setBatchSize(layoutBatch);
     m_tableDeletefileList->setMouseTracking(true);
     // From the keyboard: Tab reaches the list, the arrows pick a row and Delete (or Backspace)
     // drops it, as its round button does.
@@ -89,6 +91,8 @@ DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists
         QStringLiteral("QListView { background: #ffffff; border: 4px solid #e3e6ea; border-radius: 0; }"
                        "QListView:focus { border-color: #b5d1ef; }"));
     new OverlayScroller(m_tableDeletefileList);
+    // The model comes last: each setting above would otherwise lay out every row again.
+    m_tableDeletefileList->setModel(m_model);
     // Queued: the list may be reloaded only once the view has finished with the click.
     connect(
         m_rowDelegate, &RemovalRowDelegate::removeClicked, this, &DeletingPanel::removefromlist, Qt::QueuedConnection);
@@ -162,7 +166,8 @@ void DeletingPanel::loadAllData() {
 
 void DeletingPanel::checkPlan() {
     const quint64 generation = ++m_planGeneration;
-    if (m_review.numberOfRows() < planInBackgroundFrom) {
+    // The plan reads every group as well as every row.
+    if (m_review.numberOfRows() < planInBackgroundFrom && m_state.duplicateMainArray.size() < planInBackgroundFrom) {
         m_checking = false;
         m_review.updatePlan();
         return;
@@ -171,16 +176,19 @@ void DeletingPanel::checkPlan() {
     // The plan reads copies of the lists; the groups do not change while the sheet is open.
     m_planPool.start([this, generation, chosen = m_selection.duplicateSelectedArray,
                          groups = m_state.duplicateMainArray, protectedFolders = m_state.settings.protectedFolderList] {
-        auto plan = std::make_shared<const RemovalPlan>(chosen, groups, protectedFolders);
+        // Only the reasons cross to the sheet's thread: the plan of a long list is let go here, and
+        // the rows stay as they are (only their texts change).
+        auto reasons = std::make_shared<RemovalReview::LeftReasons>(
+            RemovalReview::leftReasonsOf(RemovalPlan(chosen, groups, protectedFolders)));
         // Handed over on the sheet's thread; the sheet waits for this pool before it goes.
         QMetaObject::invokeMethod(
             this,
-            [this, generation, plan] {
+            [this, generation, reasons] {
                 if (generation != m_planGeneration)
                     return;
                 m_checking = false;
-                m_review.takePlan(*plan);
-                m_model->reload();
+                m_review.takeLeftReasons(std::move(*reasons));
+                m_model->leftReasonsChanged();
                 updateStatus();
             },
             Qt::QueuedConnection);

@@ -53,8 +53,11 @@ public:
     bool isRemoving() const { return m_worker != nullptr; }
     // Whether the plan of a long list is still being worked out (Remove Selected waits for it).
     bool isChecking() const { return m_checking; }
-    // Lists from this many rows have their plan worked out on another thread.
+    // Lists from this many rows, or results from this many groups, have their plan worked out on
+    // another thread.
     static constexpr qsizetype planInBackgroundFrom = 20000;
+    // Rows laid out at a time in the list.
+    static constexpr int layoutBatch = 10000;
     QLabel* currentItemText() const { return m_current; }
     // What the last removal did with each item it was given: done, or left with the reason (the
     // items a Cancel kept it from reaching say "cancelled").

@@ -39,6 +39,11 @@ QVariant RemovalListModel::data(const QModelIndex& index, int role) const {
     }
 }
 
+void RemovalListModel::leftReasonsChanged() {
+    if (rowCount() > 0)
+        emit dataChanged(index(0), index(rowCount() - 1));
+}
+
 void RemovalListModel::reload() {
     beginResetModel();
     endResetModel();

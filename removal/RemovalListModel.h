@@ -22,6 +22,8 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     // After the selection changed.
     void reload();
+    // After only the reasons for leaving files alone changed: the rows stay, their texts change.
+    void leftReasonsChanged();
 
 private:
     const RemovalReview& m_review;

@@ -34,11 +34,16 @@ void RemovalReview::updatePlan() {
 }
 
 void RemovalReview::takePlan(const RemovalPlan& plan) {
-    m_leftReasons.clear();
+    m_leftReasons = leftReasonsOf(plan);
+}
+
+RemovalReview::LeftReasons RemovalReview::leftReasonsOf(const RemovalPlan& plan) {
+    LeftReasons reasons;
     for (const RemovalPlan::Item& item : plan.items()) {
         if (item.isLeft())
-            m_leftReasons.emplace(item.file.get(), item.leftReason);
+            reasons.emplace(item.file.get(), item.leftReason);
     }
+    return reasons;
 }
 
 QString RemovalReview::leftReasonAtRow(qsizetype row) const {

@@ -41,8 +41,12 @@ public:
     // Works out again which listed files the removal will leave alone, and why (see RemovalPlan),
     // so the sheet can show them before the question is asked. Call after the list changed.
     void updatePlan();
-    // The same from a plan worked out elsewhere (on another thread, from the same choice).
+    // The same from a plan worked out elsewhere (on another thread, from the same choice), or from
+    // the reasons taken out of it there, so that the plan itself need not cross threads.
     void takePlan(const RemovalPlan& plan);
+    using LeftReasons = std::unordered_map<const duplicateFile*, QString>;
+    static LeftReasons leftReasonsOf(const RemovalPlan& plan);
+    void takeLeftReasons(LeftReasons reasons) { m_leftReasons = std::move(reasons); }
     // Why the file of a row will be left alone; empty when it will be acted on.
     QString leftReasonAtRow(qsizetype row) const;
     qsizetype leftCount() const { return static_cast<qsizetype>(m_leftReasons.size()); }
@@ -84,5 +88,5 @@ private:
     Selection& m_selection;
     ResultLists& m_lists;
     const QList<FileDictionary>& m_SelectedFileFolderArray;
-    std::unordered_map<const duplicateFile*, QString> m_leftReasons;
+    LeftReasons m_leftReasons;
 };

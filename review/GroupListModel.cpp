@@ -35,7 +35,7 @@ QVariant GroupListModel::data(const QModelIndex& index, int role) const {
     case SelectedCountRole:
         if (!m_chosen)
             m_chosen = m_selection.chosenSet();
-        return static_cast<qlonglong>(Selection::countIn(*group, *m_chosen));
+        return static_cast<qlonglong>(m_chosen->countOf(group->listAll()));
     case FileCountRole:
         return static_cast<qlonglong>(group->listAll().size());
     case OriginalPathRole:
@@ -59,6 +59,12 @@ void GroupListModel::reload() {
     m_chosen.reset();
     m_icons.clear();
     endResetModel();
+}
+
+void GroupListModel::selectionReplaced(FileSet chosen) {
+    m_chosen = std::move(chosen);
+    if (rowCount() > 0)
+        emit dataChanged(index(0), index(rowCount() - 1), { SelectedCountRole });
 }
 
 void GroupListModel::selectionChanged(qsizetype row) {

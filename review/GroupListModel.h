@@ -2,10 +2,10 @@
 
 #include "controls/IconCache.h"
 #include "detect/duplicates.h"
+#include "review/FileSet.h"
 
 #include <QAbstractListModel>
 #include <optional>
-#include <unordered_set>
 
 class ResultLists;
 class Selection;
@@ -36,10 +36,13 @@ public:
     void reload();
     // After the selection changed: the badges of one row, or of every row.
     void selectionChanged(qsizetype row = -1);
+    // After the whole selection was replaced by one whose set of records `chosen` was made
+    // elsewhere (on another thread): every row's badge, without making the set again.
+    void selectionReplaced(FileSet chosen);
 
 private:
     const ResultLists& m_lists;
     const Selection& m_selection;
-    mutable std::optional<std::unordered_set<const duplicateFile*>> m_chosen;
+    mutable std::optional<FileSet> m_chosen;
     mutable IconCache m_icons;
 };

@@ -148,7 +148,7 @@ std::shared_ptr<const ResultIndex> ResultIndex::make(
 }
 
 std::optional<std::vector<quint32>> ResultIndex::order(const QList<DuplicateGroupPtr>& groups, quint64 key,
-    bool descending, const std::unordered_set<const duplicateFile*>& chosen, const std::atomic<bool>& stop) const {
+    bool descending, const FileSet& chosen, const std::atomic<bool>& stop) const {
     const auto count = static_cast<size_t>(size());
     std::vector<quint32> out(count);
     std::iota(out.begin(), out.end(), quint32(0));
@@ -190,12 +190,7 @@ std::optional<std::vector<quint32>> ResultIndex::order(const QList<DuplicateGrou
         } else if (key == 2) {
             keys[g] = files;
         } else {
-            std::unordered_set<const duplicateFile*> counted;
-            for (const DuplicateFilePtr& file : group.listAll()) {
-                if (chosen.count(file.get()))
-                    counted.insert(file.get());
-            }
-            keys[g] = counted.size();
+            keys[g] = static_cast<quint64>(chosen.countOf(group.listAll()));
         }
     }
     // The two-outcome comparison the program has always used for these keys: "the left goes after

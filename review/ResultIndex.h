@@ -1,13 +1,13 @@
 #pragma once
 
 #include "detect/duplicates.h"
+#include "review/FileSet.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QString>
 #include <atomic>
 #include <memory>
-#include <unordered_set>
 #include <vector>
 
 // What the result lists need of every group of one result to sort and filter it, worked out once
@@ -31,7 +31,7 @@ public:
     // ascending or descending, as a stable sort of the groups by that key orders them. `chosen` is
     // what key 4 counts. Answers nothing when `stop` turned true, and for an unknown key.
     std::optional<std::vector<quint32>> order(const QList<DuplicateGroupPtr>& groups, quint64 key, bool descending,
-        const std::unordered_set<const duplicateFile*>& chosen, const std::atomic<bool>& stop) const;
+        const FileSet& chosen, const std::atomic<bool>& stop) const;
 
 private:
     std::vector<std::optional<int>> m_types;

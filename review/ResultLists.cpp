@@ -78,12 +78,7 @@ std::optional<std::vector<quint32>> rowsFor(
         order = work.orders[request.key][request.descending];
     }
     if (!order) {
-        std::unordered_set<const duplicateFile*> chosen;
-        if (request.key == ResultLists::DuplicateSelected) {
-            chosen.reserve(static_cast<size_t>(request.chosen.size()));
-            for (const DuplicateFilePtr& file : request.chosen)
-                chosen.insert(file.get());
-        }
+        const FileSet chosen = request.key == ResultLists::DuplicateSelected ? FileSet(request.chosen) : FileSet();
         std::optional<std::vector<quint32>> made
             = index->order(request.groups, request.key, request.descending, chosen, stop);
         if (!made && request.key <= ResultLists::DuplicateSelected)

@@ -11,36 +11,20 @@ bool Selection::contains(const DuplicateFilePtr& file) const {
 }
 
 qsizetype Selection::countSelected(const duplicates& group) const {
-    // A group of a few files is looked up in the list itself, which costs far less than a set of a
-    // large choice.
-    if (group.listAll().size() > 8)
-        return countIn(group, chosenSet());
-    qsizetype count = 0;
-    const QList<DuplicateFilePtr>& files = group.listAll();
-    for (qsizetype i = 0; i < files.size(); ++i) {
-        const bool repeated = std::any_of(
-            files.begin(), files.begin() + i, [&](const DuplicateFilePtr& before) { return before == files[i]; });
-        if (!repeated && duplicateSelectedArray.contains(files[i]))
-            ++count;
+    // The choice is read once, in order, against the group's few records: no set of the whole
+    // choice is made for one group.
+    std::vector<const duplicateFile*> members;
+    for (const DuplicateFilePtr& file : group.listAll())
+        members.push_back(file.get());
+    std::sort(members.begin(), members.end());
+    members.erase(std::unique(members.begin(), members.end()), members.end());
+    std::vector<bool> chosen(members.size());
+    for (const DuplicateFilePtr& file : duplicateSelectedArray) {
+        const auto found = std::lower_bound(members.begin(), members.end(), file.get());
+        if (found != members.end() && *found == file.get())
+            chosen[static_cast<size_t>(found - members.begin())] = true;
     }
-    return count;
-}
-
-std::unordered_set<const duplicateFile*> Selection::chosenSet() const {
-    std::unordered_set<const duplicateFile*> chosen;
-    chosen.reserve(static_cast<size_t>(duplicateSelectedArray.size()));
-    for (const DuplicateFilePtr& file : duplicateSelectedArray)
-        chosen.insert(file.get());
-    return chosen;
-}
-
-qsizetype Selection::countIn(const duplicates& group, const std::unordered_set<const duplicateFile*>& chosen) {
-    std::unordered_set<const duplicateFile*> counted;
-    for (const DuplicateFilePtr& file : group.listAll()) {
-        if (chosen.count(file.get()))
-            counted.insert(file.get());
-    }
-    return static_cast<qsizetype>(counted.size());
+    return std::count(chosen.begin(), chosen.end(), true);
 }
 
 void Selection::setProtectedFolders(const QList<QByteArray>& folders) {
@@ -79,14 +63,19 @@ QList<DuplicateFilePtr> Selection::keepRuleChoice(const duplicates& group, bool 
 
 void Selection::AutoSelectAction(const std::optional<QString>& chosenTitle, const DisplayList& duplicateDisplayArray) {
     duplicateSelectedArray.clear();
-    if (!chosenTitle)
-        return;
-    const bool keepNewest = *chosenTitle == keepNewestTitle();
-    duplicateSelectedArray.reserve(duplicateDisplayArray.size());
+    if (chosenTitle)
+        duplicateSelectedArray = autoSelection(*chosenTitle, duplicateDisplayArray);
+}
+
+QList<DuplicateFilePtr> Selection::autoSelection(
+    const QString& chosenTitle, const DisplayList& duplicateDisplayArray) const {
+    const bool keepNewest = chosenTitle == keepNewestTitle();
+    QList<DuplicateFilePtr> chosen;
+    chosen.reserve(duplicateDisplayArray.size());
     for (const DuplicateGroupPtr& group : duplicateDisplayArray) {
         const QList<DuplicateFilePtr>& files = group->listAll();
         if (!m_protectedFolders.isEmpty()) {
-            duplicateSelectedArray.append(keepRuleChoice(*group, keepNewest));
+            chosen.append(keepRuleChoice(*group, keepNewest));
             continue;
         }
         // Without protected folders the rule keeps one end of the group: its files are taken as
@@ -94,8 +83,9 @@ void Selection::AutoSelectAction(const std::optional<QString>& chosenTitle, cons
         const auto from = files.begin() + (keepNewest || files.isEmpty() ? 0 : 1);
         const auto to = files.end() - (keepNewest && !files.isEmpty() ? 1 : 0);
         for (auto file = from; file < to; ++file)
-            duplicateSelectedArray.append(*file);
+            chosen.append(*file);
     }
+    return chosen;
 }
 
 void Selection::keepSegmentAction(const duplicates& group, int segment) {

@@ -2,6 +2,7 @@
 
 #include "detect/duplicates.h"
 #include "review/DisplayList.h"
+#include "review/FileSet.h"
 
 #include <QList>
 #include <QSet>
@@ -42,10 +43,9 @@ public:
     int toolbarState() const { return isEmpty() ? 5 : 6; }
     // Distinct files of the group that are chosen (the `countSelected` of the group check box).
     qsizetype countSelected(const duplicates& group) const;
-    // The chosen records as a set, for many look-ups in a row (valid until the selection changes),
-    // and the count of a group's distinct files in such a set.
-    std::unordered_set<const duplicateFile*> chosenSet() const;
-    static qsizetype countIn(const duplicates& group, const std::unordered_set<const duplicateFile*>& chosen);
+    // The chosen records as a set, for many look-ups in a row (valid until the selection changes);
+    // FileSet::countOf counts a group's distinct files in it.
+    FileSet chosenSet() const { return FileSet(duplicateSelectedArray); }
 
     // Empties the selection; then, when the sender is the pop-up (a title is given), chooses in every
     // displayed group all files but the last ("keep Newest") or all but the first (any other title).
@@ -54,6 +54,9 @@ public:
     void AutoSelectAction(const std::optional<QString>& chosenTitle, const QList<DuplicateGroupPtr>& groups) {
         AutoSelectAction(chosenTitle, DisplayList(groups));
     }
+    // What AutoSelectAction with a title chooses, worked out without changing the choice: another
+    // thread may call it on a copy of the selection.
+    QList<DuplicateFilePtr> autoSelection(const QString& chosenTitle, const DisplayList& duplicateDisplayArray) const;
     // Within one group: segment 0 keeps all, 1 keeps the newest, anything else keeps the oldest.
     void keepSegmentAction(const duplicates& group, int segment);
     // The group check box after the user clicked it, `boxState` being the state the click left it

@@ -21,6 +21,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QSplitter>
+#include <QThreadPool>
 
 namespace {
 
@@ -41,6 +42,14 @@ Qt::CheckState toQt(Selection::CheckState state) {
         break;
     }
     return Qt::Unchecked;
+}
+
+// A large list of records is let go on another thread: releasing a million references is work the
+// window would feel.
+void dropElsewhere(QList<DuplicateFilePtr> files) {
+    if (files.size() < ResultLists::kBackgroundFrom)
+        return;
+    QThreadPool::globalInstance()->start([files = std::move(files)]() mutable { files.clear(); });
 }
 
 Selection::CheckState fromQt(Qt::CheckState state) {
@@ -73,7 +82,9 @@ resultView::resultView(ResultLists& lists, Selection& selection, QWidget* parent
     displayChanges();
 }
 
-resultView::~resultView() = default;
+resultView::~resultView() {
+    m_choicePool.waitForDone();
+}
 
 QAction* resultView::sortItem(quint64 tag) const {
     return tag < static_cast<quint64>(m_sortItems.size()) ? m_sortItems.at(static_cast<qsizetype>(tag)) : nullptr;
@@ -109,6 +120,9 @@ DuplicateFilePtr resultView::currentFile() const {
 // Lists
 
 void resultView::resetForNewScan() {
+    // A choice still being worked out belongs to the result that goes.
+    m_choicePool.waitForDone();
+    m_pendingChoice.reset();
     m_lists.resetSortAndFilter();
     setSortMenuItemOnstate();
     for (QPushButton* button : std::as_const(m_filterButtons))
@@ -125,6 +139,9 @@ void resultView::resetForNewScan() {
 }
 
 void resultView::getDiplayListAndReloadMainList() {
+    // The order by chosen copies counts the choice as it will stand.
+    if (m_lists.typesort == ResultLists::DuplicateSelected)
+        settleChoice();
     if (m_lists.rebuildDisplayList())
         reloadMainList();
 }
@@ -171,15 +188,62 @@ void resultView::searchFilterAction() {
 
 // Selection
 
+struct resultView::PendingChoice {
+    QList<DuplicateFilePtr> files;
+    FileSet chosen;
+};
+
 void resultView::AutoSelectAction(const std::optional<QString>& chosenTitle) {
-    m_selection.AutoSelectAction(chosenTitle, m_lists.duplicateDisplayArray);
-    m_groupModel->selectionChanged();
+    settleChoice();
+    if (!chosenTitle || m_lists.duplicateDisplayArray.size() < ResultLists::kBackgroundFrom) {
+        dropElsewhere(std::exchange(m_selection.duplicateSelectedArray, {}));
+        m_selection.AutoSelectAction(chosenTitle, m_lists.duplicateDisplayArray);
+        selectionReplaced(chosenTitle ? std::nullopt : std::optional<FileSet>(FileSet()));
+        return;
+    }
+    // The rule reads a copy of the selection (its protected folders) and of the displayed list; the
+    // choice shown stays as it is until the new one replaces it.
+    auto pending = std::make_shared<PendingChoice>();
+    m_pendingChoice = pending;
+    m_choicePool.start(
+        [this, pending, rules = m_selection, groups = m_lists.duplicateDisplayArray, title = *chosenTitle] {
+            pending->files = rules.autoSelection(title, groups);
+            pending->chosen = FileSet(pending->files);
+            QMetaObject::invokeMethod(
+                this,
+                [this, pending] {
+                    if (m_pendingChoice == pending)
+                        applyPendingChoice();
+                },
+                Qt::QueuedConnection);
+        });
+}
+
+void resultView::settleChoice() {
+    if (!m_pendingChoice)
+        return;
+    m_choicePool.waitForDone();
+    applyPendingChoice();
+}
+
+void resultView::applyPendingChoice() {
+    const std::shared_ptr<PendingChoice> pending = std::exchange(m_pendingChoice, nullptr);
+    dropElsewhere(std::exchange(m_selection.duplicateSelectedArray, std::move(pending->files)));
+    selectionReplaced(std::move(pending->chosen));
+}
+
+void resultView::selectionReplaced(std::optional<FileSet> chosen) {
+    if (chosen)
+        m_groupModel->selectionReplaced(std::move(*chosen));
+    else
+        m_groupModel->selectionChanged();
     if (m_groupModel->rowCount() > 0)
         selectGroupRow(m_lists.selectedMain);
     emit selectionChanged();
 }
 
 void resultView::keepSegmentAction(int segment) {
+    settleChoice();
     const DuplicateGroupPtr group = currentGroup();
     if (!group)
         return;
@@ -188,6 +252,7 @@ void resultView::keepSegmentAction(int segment) {
 }
 
 void resultView::checkBoxActionMain() {
+    settleChoice();
     const DuplicateGroupPtr group = currentGroup();
     if (!group)
         return;
@@ -198,6 +263,7 @@ void resultView::checkBoxActionMain() {
 }
 
 void resultView::checkBoxActionFromTableRow(qsizetype index) {
+    settleChoice();
     const DuplicateGroupPtr group = currentGroup();
     if (!group)
         return;

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "detect/duplicates.h"
+#include "review/FileSet.h"
 
+#include <QThreadPool>
 #include <QTimer>
 #include <QWidget>
+#include <memory>
 #include <optional>
 
 class FileActions;
@@ -90,8 +93,13 @@ public:
     void filterUsingTypeAction(QPushButton* sender);
     void searchFilterAction();
     // The automatic choice: with a title (the pop-up) keeps the newest or the oldest of every
-    // displayed group; without (deselect all) only empties the selection.
+    // displayed group; without (deselect all) only empties the selection. For a large list the
+    // choice is worked out on another thread and put in place at once when it is ready.
     void AutoSelectAction(const std::optional<QString>& chosenTitle);
+    // Waits for a choice still being worked out and puts it in place: whatever reads or changes the
+    // selection next comes after it.
+    void settleChoice();
+    bool isChoosing() const { return m_pendingChoice != nullptr; }
     void keepSegmentAction(int segment);
     void checkBoxActionMain();
     void checkBoxActionFromTableRow(qsizetype index);
@@ -123,6 +131,10 @@ private:
     void selectGroupRow(qsizetype row);
     void selectFileRow(qsizetype row);
     void clearPreview();
+    struct PendingChoice;
+    void applyPendingChoice();
+    // After the whole selection was replaced; `chosen` is its set of records when already made.
+    void selectionReplaced(std::optional<FileSet> chosen);
 
     ResultLists& m_lists;
     Selection& m_selection;
@@ -155,4 +167,7 @@ private:
     QLabel* m_detailsAll = nullptr;
     PreviewWindow* m_previewWindow = nullptr;
     FileActions* m_fileActions = nullptr;
+    std::shared_ptr<PendingChoice> m_pendingChoice;
+    // Works out automatic choices; waited for before the screen goes.
+    QThreadPool m_choicePool;
 };

@@ -77,6 +77,9 @@ QListView* makeList(const QString& name, int tag) {
     list->setObjectName(name);
     list->setProperty("tag", tag);
     list->setUniformItemSizes(true);
+    // A long list is laid out in steps between other events: a new order shows at once.
+    list->setLayoutMode(QListView::Batched);
+    list->setBatchSize(10000);
     list->setSelectionMode(QAbstractItemView::SingleSelection);
     list->setMouseTracking(true);
     list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
