@@ -2,11 +2,13 @@
 
 #include "app/PanelDialog.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 
 namespace {
@@ -30,13 +32,38 @@ void placeAboveButtons(QMessageBox& box, QWidget* popUp) {
     grid->addWidget(buttons, row + 1, column, rowSpan, columnSpan);
 }
 
+// Hands the keyboard back to the window that had it when a question opened. A window manager does
+// so when the dialog closes; without one (or with one that leaves it to the program) nothing would.
+class KeyboardReturn {
+public:
+    KeyboardReturn()
+        : m_window(QApplication::activeWindow()) { }
+    ~KeyboardReturn() {
+        if (m_window && QApplication::activeWindow() != m_window)
+            m_window->activateWindow();
+    }
+
+private:
+    QPointer<QWidget> m_window;
+};
+
 } // namespace
+
+QWidget* WidgetPrompter::askingWindow() const {
+    // A question asked from a sheet (the review's confirmation) opens over the sheet, which waits
+    // for it; over the main window beneath, it would not even get the keyboard without a window
+    // manager to hand it over.
+    if (QWidget* sheet = QApplication::activeModalWidget())
+        return sheet;
+    return m_window;
+}
 
 WidgetPrompter::WidgetPrompter(QWidget* window)
     : m_window(window) { }
 
 Prompter::AlertAnswer WidgetPrompter::runAlert(Alert& alert) {
-    QMessageBox box(m_window);
+    const KeyboardReturn keyboard;
+    QMessageBox box(askingWindow());
     box.setWindowModality(Qt::WindowModal);
     box.setIcon(QMessageBox::Warning);
     box.setText(alert.messageText);
@@ -91,7 +118,8 @@ Prompter::AlertAnswer WidgetPrompter::runAlert(Alert& alert) {
 }
 
 Prompter::PanelAnswer WidgetPrompter::runOpenPanel(const OpenPanel& panel) {
-    PanelDialog dialog(panel, m_window);
+    const KeyboardReturn keyboard;
+    PanelDialog dialog(panel, askingWindow());
     PanelAnswer answer;
     if (dialog.exec() != QDialog::Accepted)
         return answer;

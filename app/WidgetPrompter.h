@@ -18,5 +18,7 @@ public:
     PanelAnswer runOpenPanel(const OpenPanel& panel) override;
 
 private:
+    QWidget* askingWindow() const;
+
     QPointer<QWidget> m_window;
 };

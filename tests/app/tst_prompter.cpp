@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialog>
 #include <QDialogButtonBox>
 #include <QMessageBox>
 #include <QPushButton>
@@ -101,8 +102,9 @@ private slots:
         QCOMPARE(answer.popUpIndex, 1);
     }
 
-    // The removal's question from the keyboard: Tab reaches the pop-up, the arrows change the action
-    // and the texts with it, Return answers with the first button and Escape with the last.
+    // The removal's question, asked from a sheet and answered from the keyboard: it opens over the
+    // sheet, Tab reaches the pop-up, the arrows change the action and the texts with it, Return
+    // answers with the first button and Escape with the last; then the sheet has the keyboard again.
     void theQuestionByKeys_data() {
         QTest::addColumn<int>("key");
         QTest::addColumn<int>("response");
@@ -112,7 +114,13 @@ private slots:
     void theQuestionByKeys() {
         QFETCH(int, key);
         QFETCH(int, response);
-        WidgetPrompter prompter;
+        QWidget window;
+        window.show();
+        QDialog sheet(&window);
+        sheet.setWindowModality(Qt::WindowModal);
+        sheet.open();
+        QVERIFY(QTest::qWaitForWindowActive(&sheet));
+        WidgetPrompter prompter(&window);
         Prompter::Alert alert;
         alert.messageText = QStringLiteral("Move to Trash?");
         alert.buttons = { QStringLiteral("Yes"), QStringLiteral("No") };
@@ -121,7 +129,9 @@ private slots:
         QString shownText;
         bool reached = false;
         bool answeredByKey = false;
+        bool overTheSheet = false;
         whenShown<QMessageBox>([&](QMessageBox* box) {
+            overTheSheet = box->parentWidget() == &sheet;
             auto* popUp = box->findChild<QComboBox*>();
             if (!QTest::qWaitForWindowActive(box))
                 return box->reject();
@@ -136,11 +146,13 @@ private slots:
                 box->reject();
         });
         const Prompter::AlertAnswer answer = prompter.runAlert(alert);
+        QVERIFY(overTheSheet);
         QVERIFY(reached);
         QVERIFY(answeredByKey);
         QCOMPARE(shownText, QStringLiteral("Permanent Delete?"));
         QCOMPARE(answer.response, response);
         QCOMPARE(answer.popUpIndex, 1);
+        QTRY_COMPARE(QApplication::activeWindow(), &sheet);
     }
 
     void panelsLetThroughOnlyWhatTheirDelegateEnables() {
