@@ -12,6 +12,7 @@
 #include "review/resultView.h"
 
 #include <QLineEdit>
+#include <QListView>
 
 namespace {
 
@@ -92,6 +93,9 @@ void AppDelegate::returnFromReview(const RemovalReview::CloseDecision& decision)
     else
         m_resultViewObj->reloadRow();
     makeToolbarItem(decision.typetoolbar);
+    // After a removal the keyboard goes on from the groups that are left.
+    if (decision.listChanged)
+        m_resultViewObj->duplicateListMain()->setFocus(Qt::OtherFocusReason);
 }
 
 void AppDelegate::rescan() {

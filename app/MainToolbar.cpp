@@ -26,10 +26,11 @@ const QString kTitleStyle = QStringLiteral(
     "QPushButton:disabled { color: #f3f6f9; border-color: #b9c3ce;"
     " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #d3dbe4, stop:1 #c3cdd8); }"
     // The focus mark: a dark ring, the padding one point thinner so the button keeps its size.
-    "QPushButton:focus { border: 2px solid #0e3763; padding: 0 17px; }");
-const QString kImageStyle = QStringLiteral("QPushButton { border: none; background: transparent; padding: 0; }"
-                                           "QPushButton:pressed { background: rgba(0, 0, 0, 25); border-radius: 16px; }"
-                                           "QPushButton:focus { border: 2px solid #2f80d0; border-radius: 18px; }");
+    "QPushButton:focus { border: 2px solid #0e3763; padding: 0 17px; outline: none; }");
+const QString kImageStyle
+    = QStringLiteral("QPushButton { border: none; background: transparent; padding: 0; }"
+                     "QPushButton:pressed { background: rgba(0, 0, 0, 25); border-radius: 16px; }"
+                     "QPushButton:focus { border: 2px solid #2f80d0; border-radius: 18px; outline: none; }");
 
 QString html(const QString& text) {
     return text.toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br>"));

@@ -28,7 +28,7 @@ OlderPages::OlderPages(QWidget* mainPage, QWidget* resultPage, QWidget* parent)
     m_statusButton->setAutoRaise(true);
     m_statusButton->setFocusPolicy(Qt::TabFocus);
     m_statusButton->setStyleSheet(
-        QStringLiteral("QToolButton:focus { border: 2px solid #2f80d0; border-radius: 4px; }"));
+        QStringLiteral("QToolButton:focus { border: 2px solid #2f80d0; border-radius: 4px; outline: none; }"));
     m_statusButton->setAccessibleName(QStringLiteral("Scan figures"));
     m_statusButton->setToolTip(QStringLiteral("Show the figures of the last scan"));
 

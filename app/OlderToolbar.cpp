@@ -17,7 +17,7 @@ const QString kButtonStyle = QStringLiteral(
     "QToolButton:hover { border-color: #b4bac2; background: rgba(255, 255, 255, 150); }"
     "QToolButton:pressed { background: #dfe3e8; }"
     "QToolButton:disabled { color: #a4abb4; }"
-    "QToolButton:focus { border: 2px solid #2f80d0; padding: 2px 5px; }");
+    "QToolButton:focus { border: 2px solid #2f80d0; padding: 2px 5px; outline: none; }");
 
 QToolButton* makeButton(
     QWidget* parent, const QString& name, const QString& text, const QString& icon, const QString& toolTip) {

@@ -32,7 +32,7 @@ const QString kButtonStyle
                      " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #ffffff, stop:1 #eceef1); }"
                      "QPushButton:pressed { background: #dfe3e8; }"
                      "QPushButton:disabled { color: #9aa1aa; }"
-                     "QPushButton:focus { border: 2px solid #2f80d0; padding: 4px 13px; }");
+                     "QPushButton:focus { border: 2px solid #2f80d0; padding: 4px 13px; outline: none; }");
 // Panels and drops hand their folders over a moment after they close.
 constexpr int kHandOverDelayMs = 100;
 

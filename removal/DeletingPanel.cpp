@@ -32,7 +32,7 @@ const QString kButtonStyle
                      "QPushButton:default { color: white; border-color: #2a6fb5;"
                      " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #4a9be6, stop:1 #2f80d0); }"
                      "QPushButton:default:disabled { color: #eef2f6; border-color: #b9c3ce; background: #c3cdd8; }"
-                     "QPushButton:focus { border: 2px solid #2f80d0; padding: 0 3px; }"
+                     "QPushButton:focus { border: 2px solid #2f80d0; padding: 0 3px; outline: none; }"
                      "QPushButton:default:focus { border-color: #0e3763; }");
 // The close after the completion panel waits a fifth of a second.
 constexpr int kCloseDelayMs = 200;

@@ -22,7 +22,11 @@ const QString kStyle
                      " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #4a9be6, stop:1 #2f80d0); }"
                      "QPushButton#ShareResult { padding-right: 26px; }"
                      "QPushButton::menu-indicator { subcontrol-position: right center; subcontrol-origin: padding;"
-                     " right: 9px; }");
+                     " right: 9px; }"
+                     // The focus mark: a thicker ring, the padding one point thinner so nothing moves.
+                     "QPushButton:focus { border: 2px solid #2f80d0; padding: 0 13px; outline: none; }"
+                     "QPushButton:default:focus { border-color: #0e3763; }"
+                     "QPushButton#ShareResult:focus { padding-right: 25px; }");
 
 qint64 sumOfFileSizes(const QList<FileDictionary>& files) {
     qint64 sum = 0;

@@ -28,14 +28,14 @@ const QString kPopUpStyle
     = QStringLiteral("QPushButton { color: #1d2126; border: 1px solid #b4bac2; border-radius: 6px; padding: 4px 12px;"
                      " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #ffffff, stop:1 #eceef1); }"
                      "QPushButton:pressed { background: #dfe3e8; } QPushButton:disabled { color: #9aa1aa; }"
-                     "QPushButton:focus { border: 2px solid #2f80d0; padding: 3px 11px; }"
+                     "QPushButton:focus { border: 2px solid #2f80d0; padding: 3px 11px; outline: none; }"
                      "QPushButton::menu-indicator { subcontrol-position: right center; right: 6px; }");
 const QString kSegmentStyle = QStringLiteral(
     "QToolButton { color: #1d2126; border: 1px solid #b4bac2; padding: 3px 10px; background: #ffffff; }"
     "QToolButton:pressed { background: #dfe3e8; } QToolButton:disabled { color: #a4abb4; background: #f3f4f6; }"
     "QToolButton#segment0 { border-top-left-radius: 6px; border-bottom-left-radius: 6px; }"
     "QToolButton#segment3 { border-top-right-radius: 6px; border-bottom-right-radius: 6px; }"
-    "QToolButton:focus { border: 2px solid #2f80d0; padding: 2px 9px; }");
+    "QToolButton:focus { border: 2px solid #2f80d0; padding: 2px 9px; outline: none; }");
 
 QTableView* makeTable(QWidget* parent, const QString& name) {
     auto* table = new QTableView(parent);

@@ -41,8 +41,8 @@ const QString kControlStyle = QStringLiteral(
     "QPushButton:checked { color: white; border-color: #2a6fb5;"
     " background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #4a9be6, stop:1 #2f80d0); }"
     // The focus mark: a border twice as thick, the padding one point thinner so nothing moves.
-    "QPushButton:focus { border: 2px solid #2f80d0; padding: 3px 11px; }"
-    "QPushButton:checked:focus { border-color: #123f6e; }"
+    "QPushButton:focus { border: 2px solid #2f80d0; padding: 3px 11px; outline: none; }"
+    "QPushButton:checked:focus { border-color: #bfe0ff; }"
     "QPushButton[hasMenu=\"true\"]:focus { padding-right: 25px; }"
     "QPushButton[segment=\"middle\"]:focus, QPushButton[segment=\"last\"]:focus { padding-left: 10px; }");
 const QString kListStyle
@@ -59,17 +59,25 @@ const char* const kSortTitles[]
     = { "Original Filename", "Wasted Size", "Duplicate Count", "Duplicate Type", "Duplicate Selected" };
 
 // Joins buttons into one segmented control. Tab reaches it and the arrows move along it (in an
-// exclusive control they move the choice, and Tab stops at the chosen button only); a click leaves
-// the focus where it was (on a list, say).
+// exclusive control they move the choice, and Tab, either way, stops at the chosen button only); a
+// click leaves the focus where it was (on a list, say).
 void markSegments(const QList<QPushButton*>& buttons, QWidget* owner, bool exclusive) {
     auto* group = new QButtonGroup(owner);
     group->setExclusive(exclusive);
     for (qsizetype i = 0; i < buttons.size(); ++i) {
         const char* position = i == 0 ? "first" : i == buttons.size() - 1 ? "last" : "middle";
         buttons[i]->setProperty("segment", QString::fromLatin1(position));
-        buttons[i]->setFocusPolicy(Qt::TabFocus);
+        buttons[i]->setFocusPolicy(!exclusive || buttons[i]->isChecked() ? Qt::TabFocus : Qt::NoFocus);
         group->addButton(buttons[i]);
     }
+    if (!exclusive)
+        return;
+    QObject::connect(group, &QButtonGroup::buttonToggled, owner, [group](QAbstractButton* chosen, bool checked) {
+        if (!checked)
+            return;
+        for (QAbstractButton* button : group->buttons())
+            button->setFocusPolicy(button == chosen ? Qt::TabFocus : Qt::NoFocus);
+    });
 }
 
 QListView* makeList(const QString& name, int tag) {
@@ -253,6 +261,10 @@ QWidget* resultView::buildGroupHeader() {
     m_checkBoxAllDuplicates->setTristate(true);
     m_checkBoxAllDuplicates->setToolTip(QStringLiteral("Choose every copy of this group"));
     m_checkBoxAllDuplicates->setAccessibleName(m_checkBoxAllDuplicates->toolTip());
+    // The box has no text for the style to frame: a ring round it marks the focus.
+    m_checkBoxAllDuplicates->setStyleSheet(
+        QStringLiteral("QCheckBox { border: 2px solid transparent; border-radius: 4px; padding: 1px; }"
+                       "QCheckBox:focus { border-color: #2f80d0; }"));
     connect(m_checkBoxAllDuplicates, &QCheckBox::clicked, this, &resultView::checkBoxActionMain);
     row->addWidget(m_checkBoxAllDuplicates);
     m_groupName = new QLabel;
