@@ -133,6 +133,8 @@ void setUpFolderTable(QTableView* table, QAbstractItemModel* model) {
     table->setDragDropMode(QAbstractItemView::DropOnly);
     table->setDropIndicatorShown(false);
     table->setDefaultDropAction(Qt::CopyAction);
+    // Tab goes on to the next control; the arrows move within the table.
+    table->setTabKeyNavigation(false);
 }
 
 QList<int> selectedRows(QTableView* table) {
@@ -173,6 +175,7 @@ QWidget* PreferenceWindow::makeSettingsTab() {
     sizeSlider = new QSlider(Qt::Horizontal);
     sizeSlider->setRange(0, sliderMaximum * sliderScale);
     sizeSlider->setPageStep(5 * sliderScale);
+    sizeSlider->setAccessibleName(tr("Skip files smaller than"));
     textSlider = new QLabel;
     textSlider->setMinimumWidth(72);
     textSlider->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -187,6 +190,7 @@ QWidget* PreferenceWindow::makeSettingsTab() {
     tokenView->setTokenizingCharacter(tokenSeparator);
     tokenView->setFixedHeight(150);
     tokenView->input()->setPlaceholderText(tr("Add a type"));
+    tokenView->input()->setAccessibleName(tr("Ignore these file types"));
     layout->addWidget(tokenView);
     layout->addWidget(hint(tr("Extensions without the dot; press Return after each one.")));
     connect(tokenView, &TokenField::editingFinished, this, &PreferenceWindow::controlTextDidEndEditing);
@@ -202,6 +206,7 @@ QWidget* PreferenceWindow::makeSettingsTab() {
     m_folderModel = new IgnoredFolderModel(this);
     ignoreScrollview = new QTableView;
     setUpFolderTable(ignoreScrollview, m_folderModel);
+    ignoreScrollview->setAccessibleName(tr("Ignored folders"));
     ignoreScrollview->setFixedHeight(104);
     layout->addWidget(ignoreScrollview);
     connect(m_folderModel, &IgnoredFolderModel::foldersDropped, this, [this](const QList<QByteArray>& folders) {
@@ -218,10 +223,12 @@ QWidget* PreferenceWindow::makeSettingsTab() {
     addButton->setIcon(QIcon::fromTheme(QStringLiteral("list-add")));
     addButton->setText(QStringLiteral("+"));
     addButton->setToolTip(tr("Add folders to ignore"));
+    addButton->setAccessibleName(addButton->toolTip());
     auto* removeButton = new QToolButton;
     removeButton->setIcon(QIcon::fromTheme(QStringLiteral("list-remove")));
     removeButton->setText(QStringLiteral("\u2212"));
     removeButton->setToolTip(tr("Remove the selected folders"));
+    removeButton->setAccessibleName(removeButton->toolTip());
     removeButton->setEnabled(false);
     buttons->addWidget(addButton);
     buttons->addWidget(removeButton);

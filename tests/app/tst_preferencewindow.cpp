@@ -279,6 +279,21 @@ private slots:
         QCOMPARE(table->model()->index(1, 0).data().toString(), QStringLiteral("/d"));
     }
 
+    // From the keyboard: the arrows pick a folder, Delete removes it, and Tab goes on to the next
+    // control rather than from cell to cell.
+    void theFolderTableByKeys() {
+        Fixture f({ "/a", "/b", "/c" });
+        f.window->show();
+        QVERIFY(QTest::qWaitForWindowActive(f.window.get()));
+        QTableView* table = f.window->ignoreScrollview;
+        table->setFocus(Qt::TabFocusReason);
+        QTest::keyClick(table, Qt::Key_Down);
+        QTest::keyClick(table, Qt::Key_Delete);
+        QCOMPARE(f.settings.ignoreFolderList, (QList<QByteArray> { "/a", "/c" }));
+        QTest::keyClick(table, Qt::Key_Tab);
+        QVERIFY(QApplication::focusWidget() != table);
+    }
+
     void tabChangeResizesAroundTheTopEdge() {
         Fixture f;
         PreferenceWindow& w = *f.window;
