@@ -1,13 +1,17 @@
 #include "AppFixture.h"
 
 #include "app/MainWindow.h"
+#include "app/PreferenceWindow.h"
 #include "app/SingleInstance.h"
 #include "app/progressView.h"
+#include "base/ScanSettings.h"
+#include "base/SettingsStore.h"
 #include "controls/StripedProgressBar.h"
 #include "review/StatusTexts.h"
 
 #include <QLabel>
 #include <QPushButton>
+#include <QSlider>
 #include <QtTest>
 
 namespace {
@@ -38,6 +42,36 @@ private:
     }
 
 private slots:
+    // Each scan takes the stored settings as it starts and keeps them: Preferences changed during a
+    // scan wait for the next one, and an ignored folder whose name is not UTF-8 stays unscanned.
+    void eachScanTakesTheStoredSettingsAsItStarts() {
+        TempTree tree;
+        tree.sizedFile("data/caf\xe9/x.bin", 150000, 'x');
+        tree.sizedFile("data/twin/x.bin", 150000, 'x');
+        AppFixture f;
+        f.app->showPreferences();
+        PreferenceWindow* window = f.app->setting();
+        f.prompter.expectPanel(Prompter::OK, { tree.path("data/caf\xe9") });
+        window->Add_Folder();
+        QTRY_VERIFY(loadFolderList(SettingsStore()).contains(tree.path("data/caf\xe9")));
+
+        addAndScan(f, { tree.path("data") });
+        QVERIFY(f.app->state().isScanRunning);
+        const qint64 minimum = f.app->state().settings.nub;
+        window->sizeSlider->setValue(window->sizeSlider->value() + 40);
+        QCOMPARE(f.app->state().settings.nub, minimum);
+        // The only copy of x.bin is in the ignored folder: nothing is found.
+        QTRY_COMPARE_WITH_TIMEOUT(f.app->typetoolbar(), 3, kScanTimeoutMs);
+        QCOMPARE(f.app->state().settings.nub, minimum);
+        QVERIFY(f.app->state().settings.ignoreFolderList.contains(tree.path("data/caf\xe9")));
+
+        f.app->backButtonAction_toolbar();
+        addAndScan(f, { tree.path("data") });
+        QVERIFY(f.app->state().settings.nub > minimum);
+        QTRY_COMPARE_WITH_TIMEOUT(f.app->typetoolbar(), 3, kScanTimeoutMs);
+        window->close();
+    }
+
     void aScanGoesThroughEveryStateAndASecondStartsClean() {
         QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
         TempTree tree;
