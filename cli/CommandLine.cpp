@@ -364,9 +364,8 @@ int run(const QList<QByteArray>& arguments, std::FILE* out, std::FILE* err) {
         return status != Success ? status : removal;
     }
 
-    const QByteArray result = ResultWriter::write(
-        state, listScan ? ResultWriter::Source::ListScan : ResultWriter::Source::FolderScan, options.format);
-    std::fwrite(result.constData(), 1, static_cast<size_t>(result.size()), out);
+    ResultWriter::write(
+        state, listScan ? ResultWriter::Source::ListScan : ResultWriter::Source::FolderScan, options.format, out);
     std::fflush(out);
     return status;
 }

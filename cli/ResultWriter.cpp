@@ -25,7 +25,7 @@ struct Group {
 };
 
 struct Summary {
-    QList<Group> groups;
+    qsizetype groupCount;
     qint64 totalCount;
     qint64 totalDuplicateCount;
     qint64 wastedSpace;
@@ -48,43 +48,73 @@ QByteArray categoryName(int type) {
     }
 }
 
-Summary collect(const ScanState& state, Source source) {
-    Summary summary;
-    summary.totalCount = state.totalCount;
-    if (source == Source::FolderScan) {
-        summary.totalDuplicateCount = static_cast<qint64>(state.totalDuplicateCount.load());
-        summary.wastedSpace = static_cast<qint64>(state.wastedSpaceDuplicates.load());
-        for (const DuplicateGroupPtr& group : state.duplicateMainArray) {
-            Group out;
-            out.type = group->type() ? QByteArray::number(*group->type()) : QByteArrayLiteral("null");
-            out.typeText = group->type() ? categoryName(*group->type()) : QByteArray();
-            out.size = group->sizeFile();
-            out.original = group->original();
-            for (const DuplicateFilePtr& file : group->listAll())
-                out.members.append({ file->urlFile(), file->dateFileNs() });
-            summary.groups.append(out);
-        }
-    } else {
-        summary.totalDuplicateCount = state.totalDuplicateCountFolder;
-        summary.wastedSpace = state.DuplicateWastedSpace;
-        for (const GroupDictionary& group : state.DuplicateFileFolderArray) {
-            Group out;
-            out.type = group.original.type ? jsonString(group.original.type->toUtf8()) : QByteArrayLiteral("null");
-            out.typeText = group.original.type ? group.original.type->toUtf8() : QByteArray();
-            out.size = group.original.FileSize;
-            out.original = group.original.url;
-            for (const FileDictionary& file : group.SameFileList)
-                out.members.append({ file.url, file.dateNs });
-            summary.groups.append(out);
-        }
-    }
-    return summary;
+Summary summaryOf(const ScanState& state, Source source) {
+    if (source == Source::FolderScan)
+        return { state.duplicateMainArray.size(), state.totalCount,
+            static_cast<qint64>(state.totalDuplicateCount.load()),
+            static_cast<qint64>(state.wastedSpaceDuplicates.load()) };
+    return { state.DuplicateFileFolderArray.size(), state.totalCount, state.totalDuplicateCountFolder,
+        state.DuplicateWastedSpace };
 }
 
-QByteArray writeJson(const Summary& summary) {
-    QByteArray out = "{\"groups\":[";
-    for (qsizetype g = 0; g < summary.groups.size(); ++g) {
-        const Group& group = summary.groups[g];
+// One group at a time, whichever list it comes from: a result of a million files is never copied
+// whole.
+Group groupAt(const ScanState& state, Source source, qsizetype index) {
+    Group out;
+    if (source == Source::FolderScan) {
+        const DuplicateGroupPtr& group = state.duplicateMainArray[index];
+        out.type = group->type() ? QByteArray::number(*group->type()) : QByteArrayLiteral("null");
+        out.typeText = group->type() ? categoryName(*group->type()) : QByteArray();
+        out.size = group->sizeFile();
+        out.original = group->original();
+        out.members.reserve(group->listAll().size());
+        for (const DuplicateFilePtr& file : group->listAll())
+            out.members.append({ file->urlFile(), file->dateFileNs() });
+    } else {
+        const GroupDictionary& group = state.DuplicateFileFolderArray[index];
+        out.type = group.original.type ? jsonString(group.original.type->toUtf8()) : QByteArrayLiteral("null");
+        out.typeText = group.original.type ? group.original.type->toUtf8() : QByteArray();
+        out.size = group.original.FileSize;
+        out.original = group.original.url;
+        out.members.reserve(group.SameFileList.size());
+        for (const FileDictionary& file : group.SameFileList)
+            out.members.append({ file.url, file.dateNs });
+    }
+    return out;
+}
+
+// Collects the text and hands it on in pieces of about a megabyte.
+class Sink {
+public:
+    explicit Sink(std::FILE* file)
+        : m_file(file) { }
+    ~Sink() { write(); }
+    Sink(const Sink&) = delete;
+    Sink& operator=(const Sink&) = delete;
+
+    QByteArray& text() { return m_text; }
+    void spill() {
+        if (m_text.size() >= kPiece)
+            write();
+    }
+
+private:
+    static constexpr qsizetype kPiece = 1 << 20;
+    void write() {
+        std::fwrite(m_text.constData(), 1, static_cast<size_t>(m_text.size()), m_file);
+        m_text.clear();
+    }
+
+    std::FILE* m_file;
+    QByteArray m_text;
+};
+
+void writeJson(const ScanState& state, Source source, Sink& sink) {
+    const Summary summary = summaryOf(state, source);
+    QByteArray& out = sink.text();
+    out += "{\"groups\":[";
+    for (qsizetype g = 0; g < summary.groupCount; ++g) {
+        const Group group = groupAt(state, source, g);
         if (g > 0)
             out += ',';
         out += "{\"type\":" + group.type + ",\"size\":" + QByteArray::number(group.size)
@@ -96,11 +126,11 @@ QByteArray writeJson(const Summary& summary) {
                 + isoUtc(group.members[m].dateNs) + "\"}";
         }
         out += "]}";
+        sink.spill();
     }
     out += "],\"totalCount\":" + QByteArray::number(summary.totalCount)
         + ",\"totalDuplicateCount\":" + QByteArray::number(summary.totalDuplicateCount)
         + ",\"wastedSpaceDuplicates\":" + QByteArray::number(summary.wastedSpace) + "}\n";
-    return out;
 }
 
 QByteArray csvField(const QByteArray& value) {
@@ -111,21 +141,25 @@ QByteArray csvField(const QByteArray& value) {
     return '"' + quoted + '"';
 }
 
-QByteArray writeCsv(const Summary& summary) {
-    QByteArray out = "group,type,size,original,path,created\n";
-    for (qsizetype g = 0; g < summary.groups.size(); ++g) {
-        const Group& group = summary.groups[g];
+void writeCsv(const ScanState& state, Source source, Sink& sink) {
+    const Summary summary = summaryOf(state, source);
+    QByteArray& out = sink.text();
+    out += "group,type,size,original,path,created\n";
+    for (qsizetype g = 0; g < summary.groupCount; ++g) {
+        const Group group = groupAt(state, source, g);
         for (const Row& row : group.members) {
             out += QByteArray::number(g + 1) + ',' + csvField(group.typeText) + ',' + QByteArray::number(group.size)
                 + ',' + csvField(group.original) + ',' + csvField(row.path) + ',' + isoUtc(row.dateNs) + '\n';
         }
+        sink.spill();
     }
-    return out;
 }
 
-QByteArray writeText(const Summary& summary) {
-    QByteArray out;
-    for (const Group& group : summary.groups) {
+void writeText(const ScanState& state, Source source, Sink& sink) {
+    const Summary summary = summaryOf(state, source);
+    QByteArray& out = sink.text();
+    for (qsizetype g = 0; g < summary.groupCount; ++g) {
+        const Group group = groupAt(state, source, g);
         out += "# " + QByteArray::number(group.members.size()) + " copies of "
             + ByteCountFormatter::decimal(group.size).toUtf8();
         if (!group.typeText.isEmpty())
@@ -134,12 +168,12 @@ QByteArray writeText(const Summary& summary) {
         for (const Row& row : group.members)
             out += textPath(row.path) + '\n';
         out += '\n';
+        sink.spill();
     }
-    out += "# " + counted(summary.groups.size(), "group", "groups") + ", "
+    out += "# " + counted(summary.groupCount, "group", "groups") + ", "
         + counted(summary.totalDuplicateCount, "duplicate", "duplicates") + " taking "
         + ByteCountFormatter::decimal(summary.wastedSpace).toUtf8() + ", "
         + ByteCountFormatter::grouped(summary.totalCount).toUtf8() + " items scanned\n";
-    return out;
 }
 
 } // namespace
@@ -329,17 +363,19 @@ QByteArray isoUtc(qint64 nanosecondsSinceEpoch) {
     return QByteArray(text, 24);
 }
 
-QByteArray write(const ScanState& state, Source source, Format format) {
-    const Summary summary = collect(state, source);
+void write(const ScanState& state, Source source, Format format, std::FILE* out) {
+    Sink sink(out);
     switch (format) {
     case Format::Json:
-        return writeJson(summary);
+        writeJson(state, source, sink);
+        return;
     case Format::Csv:
-        return writeCsv(summary);
+        writeCsv(state, source, sink);
+        return;
     case Format::Text:
         break;
     }
-    return writeText(summary);
+    writeText(state, source, sink);
 }
 
 } // namespace ResultWriter

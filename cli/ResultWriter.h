@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <cstdio>
 
 struct ScanState;
 
@@ -17,7 +18,8 @@ enum class Source {
     ListScan, // the group dictionaries of the list and photo-library scans
 };
 
-QByteArray write(const ScanState& state, Source source, Format format);
+// Writes to `out` as it goes, so that a large result is never held as text in full.
+void write(const ScanState& state, Source source, Format format, std::FILE* out);
 
 // A byte path as every text line of the command line shows it: one line, nothing a terminal acts
 // on, and reversible to the exact bytes. A backslash is written "\\", tab, line feed and carriage
