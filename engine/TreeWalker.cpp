@@ -116,7 +116,7 @@ FolderListing FolderLister::take(qint32 node, const QByteArray& path) {
                 m_done.wait(lock, [&] { return listed.state == Slot::Listed; });
                 FolderListing listing = std::move(listed.listing);
                 m_slots.erase(node);
-                --m_ready;
+                m_ready -= listing.entries.size();
                 lock.unlock();
                 m_hasWork.notify_one();
                 return listing;
@@ -142,9 +142,9 @@ void FolderLister::work() {
         lock.lock();
         // The slot's address is stable: the walk erases it only once it is listed.
         Slot& listed = m_slots.at(node);
+        m_ready += listing.entries.size();
         listed.listing = std::move(listing);
         listed.state = Slot::Listed;
-        ++m_ready;
         m_done.notify_all();
     }
 }

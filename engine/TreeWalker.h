@@ -29,7 +29,7 @@ struct FolderListing {
 // item) is most of a walk's work, and the walk itself then only classifies. The walk says which
 // folders it will enter in the order of its stack (the last one given is listed first) and takes
 // each listing when it comes to the folder, listing it itself when no thread has started on it.
-// At most kAhead listings wait to be taken.
+// Listings holding more than kAhead items in all do not wait to be taken: the listers pause.
 class FolderLister {
 public:
     explicit FolderLister(int threads);
@@ -41,7 +41,7 @@ public:
     FolderListing take(qint32 node, const QByteArray& path);
 
 private:
-    static constexpr size_t kAhead = 256;
+    static constexpr size_t kAhead = 8192;
     struct Slot {
         QByteArray path;
         enum State { Waiting, Listing, Listed } state;
@@ -54,7 +54,7 @@ private:
     std::condition_variable m_done;
     std::vector<qint32> m_waiting; // a stack: the next folder to list on top
     std::unordered_map<qint32, Slot> m_slots;
-    size_t m_ready = 0;
+    size_t m_ready = 0; // items in the listings that wait to be taken
     bool m_stopping = false;
     std::vector<std::thread> m_threads;
 };
