@@ -106,102 +106,117 @@ QList<RemovalActions::Outcome> RemovalReview::runAction(RemovalActions::Action a
 RemovalReview::CloseDecision RemovalReview::refreshAndReload() {
     // Only what the last action really removed leaves its group; with no action run, every listed
     // file does.
-    QList<DuplicateFilePtr> listed;
-    if (lastOutcomes.isEmpty()) {
-        listed = m_selection.duplicateSelectedArray;
-    } else {
-        QSet<QByteArray> goneFolders;
-        for (const RemovalActions::Outcome& outcome : std::as_const(lastOutcomes)) {
-            if (!outcome.done)
-                continue;
-            listed.append(outcome.file);
-            if (outcome.file->identity().folder)
-                goneFolders.insert(outcome.file->urlFile());
-        }
-        // Copies of other groups that lay inside a folder that went are gone with it.
-        if (!goneFolders.isEmpty()) {
-            for (const DuplicateGroupPtr& group : std::as_const(m_state.duplicateMainArray)) {
-                for (const DuplicateFilePtr& member : group->listAll()) {
-                    const QByteArray& path = member->urlFile();
-                    for (qsizetype slash = path.lastIndexOf('/'); slash > 0; slash = path.lastIndexOf('/', slash - 1)) {
-                        if (goneFolders.contains(path.left(slash))) {
-                            listed.append(member);
-                            break;
-                        }
-                    }
+    const QList<DuplicateFilePtr> removed = lastOutcomes.isEmpty()
+        ? m_selection.duplicateSelectedArray
+        : removedBy(lastOutcomes, m_state.duplicateMainArray);
+    lastOutcomes.clear();
+    return takeUpdate(updateAfter(m_state.duplicateMainArray, removed));
+}
+
+QList<DuplicateFilePtr> RemovalReview::removedBy(
+    const QList<RemovalActions::Outcome>& outcomes, const QList<DuplicateGroupPtr>& groups) {
+    QList<DuplicateFilePtr> removed;
+    QSet<QByteArray> goneFolders;
+    for (const RemovalActions::Outcome& outcome : outcomes) {
+        if (!outcome.done)
+            continue;
+        removed.append(outcome.file);
+        if (outcome.file->identity().folder)
+            goneFolders.insert(outcome.file->urlFile());
+    }
+    // Copies of other groups that lay inside a folder that went are gone with it.
+    if (goneFolders.isEmpty())
+        return removed;
+    for (const DuplicateGroupPtr& group : groups) {
+        for (const DuplicateFilePtr& member : group->listAll()) {
+            const QByteArray& path = member->urlFile();
+            for (qsizetype slash = path.lastIndexOf('/'); slash > 0; slash = path.lastIndexOf('/', slash - 1)) {
+                if (goneFolders.contains(path.left(slash))) {
+                    removed.append(member);
+                    break;
                 }
             }
         }
     }
-    lastOutcomes.clear();
-    // Nothing may read the groups on another thread while they change.
-    m_lists.resultWillChange();
-    QList<DuplicateGroupPtr>& groups = m_state.duplicateMainArray;
+    return removed;
+}
 
-    // Each listed record's group, found once. Instead of taking a changed group out of the list and
+RemovalReview::Update RemovalReview::updateAfter(
+    const QList<DuplicateGroupPtr>& groups, const QList<DuplicateFilePtr>& removed) {
+    // Each removed record's group, found once. Instead of taking a changed group out of the list and
     // appending it again for every file (slow for large lists), the list is rebuilt at the end:
     // unchanged groups in their order, then the changed ones in the order of their last change;
     // ended groups are left out. That is the order the remove-and-append steps produce.
-    std::unordered_set<const duplicateFile*> listedRecords;
-    for (const DuplicateFilePtr& file : listed)
-        listedRecords.insert(file.get());
-    std::unordered_map<const duplicateFile*, duplicates*> groupOf;
+    std::unordered_set<const duplicateFile*> removedRecords;
+    for (const DuplicateFilePtr& file : removed)
+        removedRecords.insert(file.get());
+    std::unordered_map<const duplicateFile*, const duplicates*> groupOf;
     for (const DuplicateGroupPtr& group : groups) {
         for (const DuplicateFilePtr& member : group->listAll()) {
-            if (listedRecords.count(member.get()))
+            if (removedRecords.count(member.get()))
                 groupOf.emplace(member.get(), group.get());
         }
     }
+    // A group that loses files is a new record: the old one stays as it was for whatever still
+    // shows it.
+    std::unordered_map<const duplicates*, DuplicateGroupPtr> changed;
     std::unordered_set<const duplicates*> ended;
     std::unordered_map<const duplicates*, qsizetype> lastChange;
     qsizetype changes = 0;
-
-    for (const DuplicateFilePtr& file : listed) {
+    for (const DuplicateFilePtr& file : removed) {
         const auto found = groupOf.find(file.get());
-        if (found == groupOf.end())
+        if (found == groupOf.end() || ended.count(found->second))
             continue;
-        duplicates* group = found->second;
-        // A group that ended, or a record listed twice, is found no more.
-        if (ended.count(group) || !group->listAll().contains(file))
+        const duplicates* old = found->second;
+        auto now = changed.find(old);
+        const duplicates& current = now == changed.end() ? *old : *now->second;
+        // A record listed twice is found no more.
+        if (!current.listAll().contains(file))
             continue;
-        if (group->listAll().size() <= 2) {
-            ended.insert(group);
+        if (current.listAll().size() <= 2) {
+            ended.insert(old);
             continue;
         }
-        QList<DuplicateFilePtr> rest = group->listAll();
+        if (now == changed.end())
+            now = changed.emplace(old, std::make_shared<duplicates>(*old)).first;
+        duplicates& group = *now->second;
+        QList<DuplicateFilePtr> rest = group.listAll();
         rest.removeAll(file);
-        group->setListAll(rest);
-        if (group->original() == file->urlFile())
-            group->setOriginal(rest.first()->urlFile());
-        lastChange[group] = changes++;
+        group.setListAll(rest);
+        if (group.original() == file->urlFile())
+            group.setOriginal(rest.first()->urlFile());
+        lastChange[old] = changes++;
     }
 
-    QList<DuplicateGroupPtr> rebuilt;
-    QList<std::pair<qsizetype, DuplicateGroupPtr>> changed;
-    rebuilt.reserve(groups.size());
-    for (const DuplicateGroupPtr& group : std::as_const(groups)) {
+    Update update;
+    QList<std::pair<qsizetype, DuplicateGroupPtr>> moved;
+    update.groups.reserve(groups.size());
+    for (const DuplicateGroupPtr& group : groups) {
         if (ended.count(group.get()))
             continue;
         const auto change = lastChange.find(group.get());
         if (change == lastChange.end())
-            rebuilt.append(group);
+            update.groups.append(group);
         else
-            changed.append({ change->second, group });
+            moved.append({ change->second, changed.at(group.get()) });
     }
-    std::sort(changed.begin(), changed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-    for (const auto& entry : std::as_const(changed))
-        rebuilt.append(entry.second);
-    groups = rebuilt;
-
+    std::sort(moved.begin(), moved.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (const auto& entry : std::as_const(moved))
+        update.groups.append(entry.second);
     // The totals are those of the groups really left, counted as the scan counts them.
-    quint64 members = 0;
-    quint64 wasted = 0;
-    for (const DuplicateGroupPtr& group : std::as_const(groups)) {
-        members += static_cast<quint64>(group->listAll().size());
-        wasted += static_cast<quint64>(group->sizeFile()) * static_cast<quint64>(group->listAll().size());
+    for (const DuplicateGroupPtr& group : std::as_const(update.groups)) {
+        update.members += static_cast<quint64>(group->listAll().size());
+        update.wasted += static_cast<quint64>(group->sizeFile()) * static_cast<quint64>(group->listAll().size());
     }
-    m_state.totalDuplicateCount = members;
-    m_state.wastedSpaceDuplicates = wasted;
+    return update;
+}
+
+RemovalReview::CloseDecision RemovalReview::takeUpdate(Update update) {
+    // Nothing may read the groups on another thread while they change.
+    m_lists.resultWillChange();
+    m_state.duplicateMainArray = std::move(update.groups);
+    m_state.totalDuplicateCount = update.members;
+    m_state.wastedSpaceDuplicates = update.wasted;
     m_selection.duplicateSelectedArray.clear();
     m_leftReasons.clear();
     return closewindow();

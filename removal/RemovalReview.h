@@ -73,8 +73,25 @@ public:
     // by record identity: a group of two ends; a larger group loses the file, moves to the end of
     // `duplicateMainArray` and gets a new original if it lost it. Then the duplicate count and the
     // wasted space are counted again over the groups left, the selection is emptied, and the sheet
-    // closes.
+    // closes. The same as takeUpdate(updateAfter(groups, removedBy(lastOutcomes, groups))).
     CloseDecision refreshAndReload();
+
+    // The groups and totals a removal leaves, worked out without changing anything: a group that
+    // loses files is a new record and the old one stays as it was, so that another thread may work
+    // it out while the window still shows the groups.
+    struct Update {
+        QList<DuplicateGroupPtr> groups;
+        quint64 members = 0;
+        quint64 wasted = 0;
+    };
+    static Update updateAfter(const QList<DuplicateGroupPtr>& groups, const QList<DuplicateFilePtr>& removed);
+    // The records the outcomes say are gone: every item done, and every copy of `groups` that lay
+    // inside a folder that went.
+    static QList<DuplicateFilePtr> removedBy(
+        const QList<RemovalActions::Outcome>& outcomes, const QList<DuplicateGroupPtr>& groups);
+    // Puts an update in place (the groups, the totals, an empty selection) and answers how the
+    // sheet closes.
+    CloseDecision takeUpdate(Update update);
     // How the sheet closes now (rebuilds the displayed list when groups are left and the list
     // changed, in the background for a large result; "Cancel" and dropping the last row change
     // nothing on the result screen).
