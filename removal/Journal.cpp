@@ -49,18 +49,25 @@ qint64 monotonicMs() {
     return qint64(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
 }
 
-// The time now in UTC as "yyyy-MM-ddTHH:mm:ss.zzzZ" (what Qt::ISODateWithMs reads back), without
-// a QDateTime and a QString per record.
+// The time now in UTC as "yyyy-MM-ddTHH:mm:ss.zzzZ" (what Qt::ISODateWithMs reads back). The part
+// up to the second is formatted once a second, not once per record.
 QByteArray isoTimeNow() {
     timespec now {};
     ::clock_gettime(CLOCK_REALTIME, &now);
-    tm parts {};
-    ::gmtime_r(&now.tv_sec, &parts);
-    char text[32];
-    const int length = std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", parts.tm_year + 1900,
-        parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec,
-        static_cast<int>(now.tv_nsec / 1000000));
-    return QByteArray(text, length);
+    thread_local time_t second = -1;
+    thread_local QByteArray upToSecond;
+    if (now.tv_sec != second) {
+        second = now.tv_sec;
+        tm parts {};
+        ::gmtime_r(&now.tv_sec, &parts);
+        char text[32];
+        const int length = std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.", parts.tm_year + 1900,
+            parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec);
+        upToSecond = QByteArray(text, length);
+    }
+    const int ms = static_cast<int>(now.tv_nsec / 1000000);
+    const char rest[] = { char('0' + ms / 100), char('0' + ms / 10 % 10), char('0' + ms % 10), 'Z' };
+    return upToSecond + QByteArrayView(rest, sizeof rest);
 }
 
 } // namespace
@@ -138,11 +145,16 @@ public:
         m_line += '{';
     }
     Line& number(const char* key, qint64 value) { return raw(key, QByteArray::number(value)); }
-    Line& text(const char* key, const QByteArray& value) { return raw(key, '"' + value + '"'); }
+    Line& text(const char* key, const QByteArray& value) {
+        raw(key, "\"");
+        m_line += value;
+        m_line += '"';
+        return *this;
+    }
     QByteArray done() { return m_line += "}\n"; }
 
 private:
-    Line& raw(const char* key, const QByteArray& value) {
+    Line& raw(const char* key, QByteArrayView value) {
         m_line += m_line.size() > 1 ? ",\"" : "\"";
         m_line += key;
         m_line += "\":";

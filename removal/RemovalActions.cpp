@@ -39,17 +39,11 @@ Outcome leftAlone(Outcome outcome, const QString& reason) {
     return outcome;
 }
 
-bool sameFolder(int a, int b) {
-    struct stat sa;
-    struct stat sb;
-    return ::fstat(a, &sa) == 0 && ::fstat(b, &sb) == 0 && sa.st_dev == sb.st_dev && sa.st_ino == sb.st_ino;
-}
-
 // The action itself, on the open folder that holds the checked item. Logs what failed.
 Outcome carryOut(Action action, Outcome outcome, const ScannedItem::Place& item, const ScannedItem::Place& kept,
     const ItemIdentity& identity) {
     const QByteArray& u = outcome.file->urlFile();
-    const int dirFd = item.folder.get();
+    const int dirFd = item.fd();
     int error = 0;
     switch (action) {
     case Action::MoveToTrash:
@@ -86,7 +80,7 @@ Outcome carryOut(Action action, Outcome outcome, const ScannedItem::Place& item,
     case Action::ReplaceWithSymlink:
     case Action::ReplaceWithHardlink: {
         const QByteArray target = outcome.keptCopy;
-        const int keptFd = kept.folder.get();
+        const int keptFd = kept.fd();
         const QByteArray keptLeaf = kept.leaf;
         error = FileOperations::replaceAt(dirFd, item.leaf, [&](int folder, const char* name) {
             const int made = action == Action::ReplaceWithSymlink
@@ -141,8 +135,9 @@ void setCheckedHook(std::function<void(const QByteArray&)> hook) {
 }
 
 QStringList actionWords() {
-    return { QStringLiteral("trash"), QStringLiteral("delete"), QStringLiteral("alias"), QStringLiteral("symlink"),
-        QStringLiteral("hardlink") };
+    static const QStringList words { QStringLiteral("trash"), QStringLiteral("delete"), QStringLiteral("alias"),
+        QStringLiteral("symlink"), QStringLiteral("hardlink") };
+    return words;
 }
 
 QString changedText() {
@@ -153,6 +148,70 @@ QString differsText() {
     return QStringLiteral("differs from the kept copy");
 }
 
+namespace {
+
+// What the checks before acting found.
+struct Checked {
+    ScannedItem::Place place;
+    ScannedItem::Place kept;
+    ScannedItem::Look item;
+    QByteArray digest; // of a file's bytes, as compared
+    QString leftReason; // why the item is left alone; empty when it may be acted on
+    int refused = 0; // the error of a link that cannot be made
+};
+
+// Reaches the item and its kept copy, checks that both are what the scan saw and that they are
+// not one file, and compares them; only reads.
+Checked check(Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver) {
+    Checked c;
+    const ItemIdentity& seen = item.file->identity();
+    c.place = resolver.reach(item.file->urlFile());
+    c.item = ScannedItem::look(c.place, seen.folder);
+    if (!ScannedItem::unchanged(seen, c.item.identity)) {
+        c.leftReason = changedText();
+        return c;
+    }
+    c.kept = resolver.reach(item.kept->urlFile());
+    ScannedItem::Look kept = ScannedItem::look(c.kept, item.kept->identity().folder);
+    if (!ScannedItem::unchanged(item.kept->identity(), kept.identity)) {
+        c.leftReason = QStringLiteral("the kept copy changed since the scan");
+        return c;
+    }
+    if (seen.sameFileAs(kept.identity)) {
+        c.leftReason = RemovalPlan::sameFileText();
+        return c;
+    }
+    // A link that cannot be made must not cost the item: refused before anything is compared.
+    if (action == Action::ReplaceWithHardlink && (seen.folder || seen.device != kept.identity.device)) {
+        c.refused = seen.folder ? EPERM : EXDEV;
+        return c;
+    }
+    ScannedItem::Comparison result = ScannedItem::Comparison::Unreadable;
+    if (seen.folder)
+        result = ScannedItem::compare(c.place, c.kept, true);
+    else if (c.item.identity.size != kept.identity.size)
+        result = ScannedItem::Comparison::Different;
+    else if (c.item.file.isValid() && kept.file.isValid())
+        result = ScannedItem::compareOpen(c.item.file.get(), kept.file.get(), seen.size, &c.digest);
+    c.item.file = FileSystem::Fd();
+    switch (result) {
+    case ScannedItem::Comparison::Equal:
+        break;
+    case ScannedItem::Comparison::Different:
+        c.leftReason = differsText();
+        break;
+    case ScannedItem::Comparison::Unreadable:
+        c.leftReason = QStringLiteral("could not be compared with the kept copy");
+        break;
+    case ScannedItem::Comparison::OtherMount:
+        c.leftReason = QStringLiteral("holds another mount");
+        break;
+    }
+    return c;
+}
+
+} // namespace
+
 Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolver& resolver, Journal* journal) {
     Outcome outcome;
     outcome.file = item.file;
@@ -160,71 +219,62 @@ Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolve
     if (item.isLeft())
         return leftAlone(outcome, item.leftReason);
     const ItemIdentity& seen = item.file->identity();
-    const ItemIdentity& keptSeen = item.kept->identity();
+    // Folders stay open from one item to the next. One that moved away from its path since holds
+    // what the path no longer leads to: a check that fails in such a folder is made once more with
+    // every folder reached again from its scan target.
+    for (bool again = false;; again = true) {
+        const Checked c = check(action, item, resolver);
+        const bool kept = c.place.cached || c.kept.cached;
+        if (!c.leftReason.isEmpty() && kept && !again) {
+            resolver.forget();
+            continue;
+        }
+        if (c.refused) {
+            Log::line(QStringLiteral("erroring for file alising %1 with error %2")
+                          .arg(shown(item.file->urlFile()), FileOperations::errorText(c.refused)));
+            outcome.error = FileOperations::errorText(c.refused);
+            return outcome;
+        }
+        if (!c.leftReason.isEmpty())
+            return leftAlone(outcome, c.leftReason);
 
-    const ScannedItem::Place place = resolver.reach(item.file->urlFile());
-    if (!place.ok() || !ScannedItem::unchanged(seen, ScannedItem::identityAt(place.folder.get(), place.leaf)))
-        return leftAlone(outcome, changedText());
-    const ScannedItem::Place kept = resolver.reach(outcome.keptCopy);
-    const ItemIdentity keptNow = kept.ok() ? ScannedItem::identityAt(kept.folder.get(), kept.leaf) : ItemIdentity();
-    if (!ScannedItem::unchanged(keptSeen, keptNow))
-        return leftAlone(outcome, QStringLiteral("the kept copy changed since the scan"));
-    if (seen.sameFileAs(keptNow))
-        return leftAlone(outcome, RemovalPlan::sameFileText());
-
-    // A link that cannot be made must not cost the item: refused before anything is compared.
-    if (action == Action::ReplaceWithHardlink && (seen.folder || seen.device != keptNow.device)) {
-        const int error = seen.folder ? EPERM : EXDEV;
-        Log::line(QStringLiteral("erroring for file alising %1 with error %2")
-                      .arg(shown(item.file->urlFile()), FileOperations::errorText(error)));
-        outcome.error = FileOperations::errorText(error);
+        if (checkedHook())
+            checkedHook()(item.file->urlFile());
+        // Just before acting: the item's path still leads to the folder checked, and the item is
+        // still the one the scan saw. A symbolic link or link file names the kept copy by its path,
+        // which has to lead to the copy checked too.
+        const bool linksByPath = action == Action::ReplaceWithSymlink || action == Action::ReplaceWithAlias;
+        if (!resolver.stillLeadsTo(c.place) || (linksByPath && !resolver.stillLeadsTo(c.kept))
+            || !ScannedItem::unchanged(seen, ScannedItem::identityAt(c.place.fd(), c.place.leaf))) {
+            if (kept && !again) {
+                resolver.forget();
+                continue;
+            }
+            return leftAlone(outcome, changedText());
+        }
+        qint64 seq = 0;
+        if (journal) {
+            Journal::Entry entry;
+            entry.action = actionWords().at(static_cast<int>(action));
+            entry.path = item.file->urlFile();
+            entry.size = seen.size;
+            entry.modifiedNs = seen.modifiedNs;
+            entry.mode = c.item.mode;
+            entry.digest = c.digest;
+            entry.kept = outcome.keptCopy;
+            seq = journal->begin(entry);
+            if (seq < 0)
+                return leftAlone(outcome, QStringLiteral("the journal could not be written"));
+        }
+        outcome = carryOut(action, outcome, c.place, c.kept, seen);
+        if (journal) {
+            if (outcome.done)
+                journal->done(seq, outcome.leftBehind, outcome.trashInfo);
+            else
+                journal->failed(seq, outcome.error);
+        }
         return outcome;
     }
-
-    QByteArray digest;
-    switch (ScannedItem::compare(place, kept, seen.folder, &digest)) {
-    case ScannedItem::Comparison::Equal:
-        break;
-    case ScannedItem::Comparison::Different:
-        return leftAlone(outcome, differsText());
-    case ScannedItem::Comparison::Unreadable:
-        return leftAlone(outcome, QStringLiteral("could not be compared with the kept copy"));
-    case ScannedItem::Comparison::OtherMount:
-        return leftAlone(outcome, QStringLiteral("holds another mount"));
-    }
-
-    if (checkedHook())
-        checkedHook()(item.file->urlFile());
-    // Still the same folder at the recorded path, and still the same item in it, just before acting.
-    const ScannedItem::Place again = resolver.reach(item.file->urlFile());
-    if (!again.ok() || !sameFolder(again.folder.get(), place.folder.get())
-        || !ScannedItem::unchanged(seen, ScannedItem::identityAt(place.folder.get(), place.leaf)))
-        return leftAlone(outcome, changedText());
-    qint64 seq = 0;
-    if (journal) {
-        struct stat st;
-        Journal::Entry entry;
-        entry.action = actionWords().at(static_cast<int>(action));
-        entry.path = item.file->urlFile();
-        entry.size = seen.size;
-        entry.modifiedNs = seen.modifiedNs;
-        entry.mode = ::fstatat(place.folder.get(), place.leaf.constData(), &st, AT_SYMLINK_NOFOLLOW) == 0
-            ? static_cast<uint>(st.st_mode & 07777)
-            : 0644u;
-        entry.digest = digest;
-        entry.kept = outcome.keptCopy;
-        seq = journal->begin(entry);
-        if (seq < 0)
-            return leftAlone(outcome, QStringLiteral("the journal could not be written"));
-    }
-    outcome = carryOut(action, outcome, place, kept, seen);
-    if (journal) {
-        if (outcome.done)
-            journal->done(seq, outcome.leftBehind, outcome.trashInfo);
-        else
-            journal->failed(seq, outcome.error);
-    }
-    return outcome;
 }
 
 QList<Outcome> movetotrash(const QList<DuplicateFilePtr>& files, const QList<DuplicateGroupPtr>& groups) {

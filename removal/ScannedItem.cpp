@@ -38,47 +38,58 @@ FileSystem::Fd openFollowing(const QByteArray& path) {
 
 Comparison compareFolders(int a, int b, dev_t deviceA, dev_t deviceB);
 
-Comparison compareOpenFiles(int a, int b, QCryptographicHash* hash = nullptr) {
-    struct stat sa;
-    struct stat sb;
-    if (::fstat(a, &sa) != 0 || ::fstat(b, &sb) != 0)
-        return Comparison::Unreadable;
-    if (sa.st_size != sb.st_size)
-        return Comparison::Different;
-    if (sa.st_size > kChunk) {
-        ::posix_fadvise(a, 0, 0, POSIX_FADV_SEQUENTIAL);
-        ::posix_fadvise(b, 0, 0, POSIX_FADV_SEQUENTIAL);
-    }
-    const qsizetype chunk = std::min<qsizetype>(kChunk, static_cast<qsizetype>(sa.st_size) + 1);
-    QByteArray bufferA(chunk, Qt::Uninitialized);
-    QByteArray bufferB(chunk, Qt::Uninitialized);
-    for (;;) {
-        const ssize_t n = ::read(a, bufferA.data(), static_cast<size_t>(chunk));
+// Reads into `buffer` until `want` bytes are in, the file ends, or `enough` bytes are in: a file
+// expected to end there is not read once more only to see its end. Answers the bytes read, or -1.
+qint64 readUpTo(int fd, char* buffer, qint64 want, qint64 enough) {
+    qint64 got = 0;
+    while (got < want) {
+        const ssize_t n = ::read(fd, buffer + got, static_cast<size_t>(want - got));
         if (n < 0 && errno == EINTR)
             continue;
         if (n < 0)
+            return -1;
+        if (n == 0)
+            break;
+        got += n;
+        if (got >= enough)
+            break;
+    }
+    return got;
+}
+
+// Two files expected to be `size` bytes long, compared from where each stands.
+Comparison compareOpenFiles(int a, int b, qint64 size, QCryptographicHash* hash = nullptr) {
+    if (size > kChunk) {
+        ::posix_fadvise(a, 0, 0, POSIX_FADV_SEQUENTIAL);
+        ::posix_fadvise(b, 0, 0, POSIX_FADV_SEQUENTIAL);
+    }
+    // One pair of buffers per thread, as large as the largest file compared so far (up to a chunk):
+    // a removal of many small files allocates nothing per file.
+    thread_local std::vector<char> bufferA;
+    thread_local std::vector<char> bufferB;
+    const size_t needed = static_cast<size_t>(std::min<qint64>(kChunk, size + 1));
+    if (bufferA.size() < needed) {
+        bufferA.resize(needed);
+        bufferB.resize(needed);
+    }
+    qint64 left = size;
+    for (;;) {
+        // The last chunk asks for one byte more than is left, so a file that grew shows.
+        const qint64 want = std::min<qint64>(kChunk, left + 1);
+        const qint64 enough = std::min(want, left);
+        const qint64 n = readUpTo(a, bufferA.data(), want, enough);
+        const qint64 m = readUpTo(b, bufferB.data(), want, enough);
+        if (n < 0 || m < 0)
             return Comparison::Unreadable;
-        // Read the same amount from the other file; it may come in pieces.
-        ssize_t got = 0;
-        while (got < n) {
-            const ssize_t m = ::read(b, bufferB.data() + got, static_cast<size_t>(n - got));
-            if (m < 0 && errno == EINTR)
-                continue;
-            if (m < 0)
-                return Comparison::Unreadable;
-            if (m == 0)
-                return Comparison::Different;
-            got += m;
-        }
-        if (n == 0) {
-            char extra;
-            const ssize_t m = ::read(b, &extra, 1);
-            return m == 0 ? Comparison::Equal : (m < 0 ? Comparison::Unreadable : Comparison::Different);
-        }
-        if (std::memcmp(bufferA.constData(), bufferB.constData(), static_cast<size_t>(n)) != 0)
+        if (n != m || n > left || std::memcmp(bufferA.data(), bufferB.data(), static_cast<size_t>(n)) != 0)
             return Comparison::Different;
         if (hash)
-            hash->addData(QByteArrayView(bufferA.constData(), n));
+            hash->addData(QByteArrayView(bufferA.data(), n));
+        left -= n;
+        if (left == 0)
+            return Comparison::Equal;
+        if (n < enough)
+            return Comparison::Different; // both ended early: they shrank since
     }
 }
 
@@ -88,7 +99,13 @@ Comparison compareFilesAt(
     const FileSystem::Fd b(::openat(dirB, nameB, O_RDONLY | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
     if (!a.isValid() || !b.isValid())
         return Comparison::Unreadable;
-    return compareOpenFiles(a.get(), b.get(), hash);
+    struct stat sa;
+    struct stat sb;
+    if (::fstat(a.get(), &sa) != 0 || ::fstat(b.get(), &sb) != 0)
+        return Comparison::Unreadable;
+    if (sa.st_size != sb.st_size)
+        return Comparison::Different;
+    return compareOpenFiles(a.get(), b.get(), sa.st_size, hash);
 }
 
 QByteArray linkText(int dirFd, const char* name, bool& ok) {
@@ -194,9 +211,8 @@ int Resolver::startFolder(const QByteArray& start, int& error) {
     return found->second.get();
 }
 
-Place Resolver::reach(const QByteArray& path) {
-    Place place;
-    place.path = path;
+Resolver::Route Resolver::routeTo(const QByteArray& path) const {
+    Route route;
     QByteArray root;
     for (const QByteArray& candidate : std::as_const(m_roots)) {
         if (candidate.size() > root.size() && isBelowOrSame(candidate, path))
@@ -204,36 +220,35 @@ Place Resolver::reach(const QByteArray& path) {
     }
     // The item's own folder is where descending stops; a target itself is reached from its parent.
     const QByteArray folder = PathBytes::deletingLastPathComponent(path);
-    place.leaf = PathBytes::lastPathComponent(path);
-    if (folder.isEmpty() || place.leaf.isEmpty()) {
-        place.error = EINVAL;
-        return place;
+    route.leaf = PathBytes::lastPathComponent(path);
+    if (folder.isEmpty() || route.leaf.isEmpty()) {
+        route.error = EINVAL;
+        return route;
     }
-    QByteArray start = root.isEmpty() || root == path ? folder : root;
-    if (root.isEmpty() || !isBelowOrSame(start, folder))
-        start = QByteArrayLiteral("/");
-    const int startFd = startFolder(start, place.error);
-    if (startFd < 0)
-        return place;
-    const QByteArray below = folder.mid(start == "/" ? 1 : start.size() + 1);
+    route.start = root.isEmpty() || root == path ? folder : root;
+    if (root.isEmpty() || !isBelowOrSame(route.start, folder))
+        route.start = QByteArrayLiteral("/");
+    route.below = folder.mid(route.start == "/" ? 1 : route.start.size() + 1);
+    return route;
+}
+
+FileSystem::Fd Resolver::openBelow(int startFd, const QByteArray& below, int& error) {
     if (below.isEmpty()) {
-        place.folder = FileSystem::Fd(::fcntl(startFd, F_DUPFD_CLOEXEC, 0));
-        if (!place.folder.isValid())
-            place.error = errno;
-        return place;
+        FileSystem::Fd fd(::fcntl(startFd, F_DUPFD_CLOEXEC, 0));
+        if (!fd.isValid())
+            error = errno;
+        return fd;
     }
     if (below.size() < PATH_MAX - 1) {
         struct open_how how { };
         how.flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
         how.resolve = RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS | RESOLVE_BENEATH;
         const long fd = ::syscall(SYS_openat2, startFd, below.constData(), &how, sizeof how);
-        if (fd >= 0) {
-            place.folder = FileSystem::Fd(static_cast<int>(fd));
-            return place;
-        }
+        if (fd >= 0)
+            return FileSystem::Fd(static_cast<int>(fd));
         if (errno != ENOSYS && errno != EINVAL && errno != EPERM) {
-            place.error = errno;
-            return place;
+            error = errno;
+            return FileSystem::Fd();
         }
     }
     // Without openat2: one folder at a time.
@@ -243,15 +258,89 @@ Place Resolver::reach(const QByteArray& path) {
             continue;
         FileSystem::Fd next(::openat(current.get(), component.constData(), kFolderFlags));
         if (!next.isValid()) {
-            place.error = errno;
-            return place;
+            error = errno;
+            return next;
         }
         current = std::move(next);
     }
     if (!current.isValid())
-        place.error = errno;
-    place.folder = std::move(current);
+        error = errno;
+    return current;
+}
+
+Place Resolver::reach(const QByteArray& path) {
+    constexpr size_t kKeptOpen = 4;
+    Place place;
+    place.path = path;
+    const qsizetype slash = path.lastIndexOf('/');
+    if (slash > 0 && slash + 1 < path.size()) {
+        // A folder reached for an earlier item: the check just before acting (stillLeadsTo) tells
+        // whether its path still leads to it.
+        const QByteArrayView folder(path.constData(), slash);
+        for (auto it = m_folders.rbegin(); it != m_folders.rend(); ++it) {
+            if (it->path == folder) {
+                place.folder = it->fd;
+                place.leaf = path.mid(slash + 1);
+                place.cached = true;
+                return place;
+            }
+        }
+    }
+    const Route route = routeTo(path);
+    place.leaf = route.leaf;
+    place.error = route.error;
+    if (place.error)
+        return place;
+    const int startFd = startFolder(route.start, place.error);
+    if (startFd < 0)
+        return place;
+    FileSystem::Fd fd = openBelow(startFd, route.below, place.error);
+    struct stat st;
+    if (!fd.isValid() || ::fstat(fd.get(), &st) != 0)
+        return place;
+    OpenFolder open { PathBytes::deletingLastPathComponent(path), std::make_shared<FileSystem::Fd>(std::move(fd)),
+        st.st_dev, st.st_ino, startFd, route.below };
+    place.folder = open.fd;
+    if (m_folders.size() >= kKeptOpen)
+        m_folders.erase(m_folders.begin());
+    m_folders.push_back(std::move(open));
     return place;
+}
+
+bool Resolver::leadsTo(int startFd, const QByteArray& below, dev_t device, ino_t inode) {
+    struct stat now;
+    bool found = false;
+    if (below.isEmpty()) {
+        found = ::fstat(startFd, &now) == 0;
+    } else if (below.size() < PATH_MAX - 1) {
+        // One look-up by name, the last folder not followed: a folder swapped for a link or for
+        // another folder no longer matches. The action itself goes through the open folder, so
+        // whatever the path passes through cannot redirect it.
+        found = ::fstatat(startFd, below.constData(), &now, AT_SYMLINK_NOFOLLOW) == 0;
+    } else {
+        int error = 0;
+        const FileSystem::Fd fd = openBelow(startFd, below, error);
+        found = fd.isValid() && ::fstat(fd.get(), &now) == 0;
+    }
+    return found && now.st_dev == device && now.st_ino == inode;
+}
+
+bool Resolver::stillLeadsTo(const Place& place) {
+    if (!place.ok())
+        return false;
+    const auto open = std::find_if(
+        m_folders.begin(), m_folders.end(), [&](const OpenFolder& folder) { return folder.fd == place.folder; });
+    if (open != m_folders.end()) {
+        if (leadsTo(open->startFd, open->below, open->device, open->inode))
+            return true;
+        m_folders.erase(open);
+        return false;
+    }
+    struct stat held;
+    const Route route = routeTo(place.path);
+    int error = route.error;
+    const int startFd = error ? -1 : startFolder(route.start, error);
+    return startFd >= 0 && ::fstat(place.fd(), &held) == 0 && leadsTo(startFd, route.below, held.st_dev, held.st_ino);
 }
 
 Place reach(const QByteArray& path, const QList<QByteArray>& roots) {
@@ -265,6 +354,40 @@ ItemIdentity identityAt(int dirFd, const QByteArray& leaf) {
     return ItemIdentity::of(info);
 }
 
+namespace {
+
+void describe(Look& look, const struct stat& st) {
+    look.identity.device = st.st_dev;
+    look.identity.inode = st.st_ino;
+    look.identity.size = st.st_size;
+    look.identity.modifiedNs = st.st_mtim.tv_sec * qint64(1000000000) + st.st_mtim.tv_nsec;
+    look.identity.folder = S_ISDIR(st.st_mode);
+    look.identity.known = true;
+    look.mode = st.st_mode & 07777;
+}
+
+} // namespace
+
+Look look(const Place& place, bool folder) {
+    Look result;
+    if (!place.ok())
+        return result;
+    struct stat st;
+    if (!folder) {
+        result.file = FileSystem::Fd(
+            ::openat(place.fd(), place.leaf.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+        if (result.file.isValid() && ::fstat(result.file.get(), &st) == 0) {
+            describe(result, st);
+            return result;
+        }
+        result.file = FileSystem::Fd();
+    }
+    // A folder, or what could not be opened (a link, something unreadable, nothing at all).
+    if (::fstatat(place.fd(), place.leaf.constData(), &st, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) == 0)
+        describe(result, st);
+    return result;
+}
+
 bool unchanged(const ItemIdentity& seen, const ItemIdentity& now) {
     if (!seen.known || !now.known || !seen.sameFileAs(now) || seen.folder != now.folder)
         return false;
@@ -274,22 +397,30 @@ bool unchanged(const ItemIdentity& seen, const ItemIdentity& now) {
 Comparison compare(const Place& item, const Place& kept, bool folders, QByteArray* digest) {
     if (!folders) {
         QCryptographicHash hash(QCryptographicHash::Md5);
-        const Comparison result = compareFilesAt(item.folder.get(), item.leaf.constData(), kept.folder.get(),
-            kept.leaf.constData(), digest ? &hash : nullptr);
+        const Comparison result = compareFilesAt(
+            item.fd(), item.leaf.constData(), kept.fd(), kept.leaf.constData(), digest ? &hash : nullptr);
         if (digest && result == Comparison::Equal)
             *digest = hash.result().toHex();
         return result;
     }
     FileSystem::ItemInfo ia;
     FileSystem::ItemInfo ib;
-    if (!FileSystem::statAt(item.folder.get(), item.leaf.constData(), ia)
-        || !FileSystem::statAt(kept.folder.get(), kept.leaf.constData(), ib))
+    if (!FileSystem::statAt(item.fd(), item.leaf.constData(), ia)
+        || !FileSystem::statAt(kept.fd(), kept.leaf.constData(), ib))
         return Comparison::Unreadable;
-    const FileSystem::Fd a(::openat(item.folder.get(), item.leaf.constData(), kFolderFlags));
-    const FileSystem::Fd b(::openat(kept.folder.get(), kept.leaf.constData(), kFolderFlags));
+    const FileSystem::Fd a(::openat(item.fd(), item.leaf.constData(), kFolderFlags));
+    const FileSystem::Fd b(::openat(kept.fd(), kept.leaf.constData(), kFolderFlags));
     if (!a.isValid() || !b.isValid())
         return Comparison::Unreadable;
     return compareFolders(a.get(), b.get(), ia.device, ib.device);
+}
+
+Comparison compareOpen(int a, int b, qint64 size, QByteArray* digest) {
+    QCryptographicHash hash(QCryptographicHash::Md5);
+    const Comparison result = compareOpenFiles(a, b, size, digest ? &hash : nullptr);
+    if (digest && result == Comparison::Equal)
+        *digest = hash.result().toHex();
+    return result;
 }
 
 } // namespace ScannedItem

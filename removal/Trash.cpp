@@ -5,6 +5,8 @@
 
 #include <QMutex>
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <map>
 #include <memory>
@@ -94,10 +96,25 @@ FileSystem::Fd topDirectoryTrash(const QByteArray& topdir, QByteArray& trash, in
 } // namespace
 
 QByteArray homeTrashDirectory() {
-    QByteArray dataHome = qgetenv("XDG_DATA_HOME");
-    if (!dataHome.startsWith('/'))
-        dataHome = qgetenv("HOME") + "/.local/share";
-    return PathBytes::appendingComponent(PathBytes::normalized(dataHome, "/"), "Trash");
+    // Asked for every item trashed: worked out again only when the environment changed.
+    static QMutex mutex;
+    static std::string lastDataHome;
+    static std::string lastHome;
+    static QByteArray last;
+    const char* dataHomeVariable = std::getenv("XDG_DATA_HOME");
+    const char* homeVariable = std::getenv("HOME");
+    const char* dataHomeNow = dataHomeVariable ? dataHomeVariable : "";
+    const char* homeNow = homeVariable ? homeVariable : "";
+    QMutexLocker lock(&mutex);
+    if (last.isEmpty() || lastDataHome != dataHomeNow || lastHome != homeNow) {
+        QByteArray dataHome(dataHomeNow);
+        if (!dataHome.startsWith('/'))
+            dataHome = QByteArray(homeNow) + "/.local/share";
+        last = PathBytes::appendingComponent(PathBytes::normalized(dataHome, "/"), "Trash");
+        lastDataHome = dataHomeNow;
+        lastHome = homeNow;
+    }
+    return last;
 }
 
 QByteArray topDirectoryOf(const QByteArray& path, dev_t device) {
@@ -255,6 +272,20 @@ Result moveToTrashAt(int dirFd, const QByteArray& leaf, const QByteArray& path, 
 
 namespace {
 
+// Renames `leaf` of `fromFd` to `name` in `toFd` unless `name` is taken there: 0, EEXIST when it is
+// taken, or errno. Where the file system cannot refuse a rename by itself, the name is looked up
+// first.
+int moveWithoutReplacing(int fromFd, const QByteArray& leaf, int toFd, const QByteArray& name) {
+    if (::renameat2(fromFd, leaf.constData(), toFd, name.constData(), RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return errno;
+    struct stat taken;
+    if (::fstatat(toFd, name.constData(), &taken, AT_SYMLINK_NOFOLLOW) == 0)
+        return EEXIST;
+    return ::renameat(fromFd, leaf.constData(), toFd, name.constData()) == 0 ? 0 : errno;
+}
+
 // `trashGone` is set when the trash's own folders went away (nothing was moved).
 Result moveToTrashIn(
     const OpenTrash& trash, int dirFd, const QByteArray& leaf, const QByteArray& path, bool& trashGone) {
@@ -285,29 +316,28 @@ Result moveToTrashIn(
             trashGone = errno == ENOENT;
             return result;
         }
-        struct stat taken;
-        const bool clash = ::fstatat(files.get(), candidate.constData(), &taken, AT_SYMLINK_NOFOLLOW) == 0;
-        const int writeError = clash ? 0 : FileSystem::writeAll(fd.get(), contents);
-        if (clash || writeError) {
+        if (const int writeError = FileSystem::writeAll(fd.get(), contents)) {
             ::unlinkat(info.get(), infoName.constData(), 0);
-            if (writeError) {
-                result.error = writeError;
-                return result;
-            }
+            result.error = writeError;
+            return result;
+        }
+        fd = FileSystem::Fd();
+        // The item takes the name in files/ only when nothing has it (an entry whose info file went
+        // missing): the rename itself refuses, so nothing there is ever replaced.
+        const int moved = moveWithoutReplacing(dirFd, leaf, files.get(), candidate);
+        if (moved == 0) {
+            chosen = candidate;
             continue;
         }
-        chosen = candidate;
-    }
-    rememberNumber(counterKey, n);
-
-    if (::renameat(dirFd, leaf.constData(), files.get(), chosen.constData()) != 0) {
-        result.error = errno;
-        const QByteArray infoName = chosen + ".trashinfo";
         ::unlinkat(info.get(), infoName.constData(), 0);
+        if (moved == EEXIST && n - start < 100000)
+            continue;
+        result.error = moved;
         struct stat folder;
-        trashGone = result.error == ENOENT && ::fstat(files.get(), &folder) == 0 && folder.st_nlink == 0;
+        trashGone = moved == ENOENT && ::fstat(files.get(), &folder) == 0 && folder.st_nlink == 0;
         return result;
     }
+    rememberNumber(counterKey, n);
     result.trashedPath
         = PathBytes::appendingComponent(PathBytes::appendingComponent(result.trashDirectory, "files"), chosen);
     return result;
