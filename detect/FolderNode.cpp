@@ -150,7 +150,8 @@ void FolderNode::publish() {
             continue; // an ignored folder, or one already walked through another path
         if (!keepHidden && PathBytes::isHiddenName(child.name))
             continue;
-        if (m_appDel.ignoredTypes.matches(child.name))
+        // A file is excluded for its type alone, so the walk's answer stands for files.
+        if (child.marker == ChildMarker::F ? child.excluded : m_appDel.ignoredTypes.matches(child.name))
             continue;
         if (child.marker == ChildMarker::F && settings.nub > child.allocated)
             continue;
