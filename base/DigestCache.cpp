@@ -77,8 +77,9 @@ std::unique_ptr<DigestCache> DigestCache::open(const QString& folder) {
     std::unique_ptr<DigestCache> cache(new DigestCache(folder));
     if (!cache->prepare())
         return nullptr;
-    DigestCache* loading = cache.get();
-    cache->m_loader = std::thread([loading] { loading->load(); });
+    DigestCache* self = cache.get();
+    cache->m_loader = std::thread([self] { self->load(); });
+    cache->m_writer = std::thread([self] { self->writeBatches(); });
     return cache;
 }
 
@@ -197,10 +198,17 @@ const DigestCache::Row* DigestCache::rowOf(const Key& key) const {
 }
 
 DigestCache::~DigestCache() {
+    {
+        std::lock_guard lock(m_writeMutex);
+        if (!m_pending.empty())
+            m_batches.push_back(std::move(m_pending));
+        m_closing = true;
+    }
+    m_hasBatch.notify_all();
+    if (m_writer.joinable())
+        m_writer.join();
     if (m_loader.joinable())
         m_loader.join();
-    if (isUsable())
-        flush();
     QSqlDatabase::database(m_connection, false).close();
     QSqlDatabase::removeDatabase(m_connection);
 }
@@ -229,34 +237,84 @@ std::optional<DigestCache::Entry> DigestCache::find(const Key& key) {
 void DigestCache::store(const Key& key, const Entry& entry) {
     if (!isUsable())
         return;
-    QMutexLocker lock(&m_mutex);
-    Pending& pending = m_pending[qMakePair(key.device, key.inode)];
-    const bool sameFile = std::memcmp(&pending.key, &key, sizeof key) == 0 && !pending.touchOnly;
-    if (!sameFile)
-        pending = Pending { key, Entry {}, false };
-    pending.touchOnly = false;
-    if (entry.first)
-        pending.entry.first = entry.first;
-    if (entry.last)
-        pending.entry.last = entry.last;
-    if (entry.whole)
-        pending.entry.whole = entry.whole;
-    if (entry.fast)
-        pending.entry.fast = entry.fast;
+    Row row {};
+    row.device = key.device;
+    row.inode = key.inode;
+    row.size = key.size;
+    row.modifiedNs = key.modifiedNs;
+    row.changedNs = key.changedNs;
+    if (entry.first) {
+        row.first = *entry.first;
+        row.parts |= FirstPart;
+    }
+    if (entry.last) {
+        row.last = *entry.last;
+        row.parts |= LastPart;
+    }
+    if (entry.whole) {
+        row.whole = *entry.whole;
+        row.parts |= WholePart;
+    }
+    if (entry.fast) {
+        row.fast = *entry.fast;
+        row.parts |= FastPart;
+    }
+    if (row.parts != 0)
+        queue(row);
 }
 
 void DigestCache::touch(const Key& key) {
-    QMutexLocker lock(&m_mutex);
-    const auto id = qMakePair(key.device, key.inode);
-    if (!m_pending.contains(id))
-        m_pending.insert(id, Pending { key, Entry {}, true });
+    Row row {};
+    row.device = key.device;
+    row.inode = key.inode;
+    row.size = key.size;
+    row.modifiedNs = key.modifiedNs;
+    row.changedNs = key.changedNs;
+    queue(row);
 }
 
-void DigestCache::flush() {
-    if (m_pending.isEmpty())
-        return;
-    QSqlDatabase db = QSqlDatabase::database(m_connection, false);
-    if (!db.transaction()) {
+void DigestCache::queue(const Row& row) {
+    constexpr size_t kBatch = 16384;
+    std::lock_guard lock(m_writeMutex);
+    m_pending.push_back(row);
+    if (m_pending.size() >= kBatch) {
+        m_batches.push_back(std::move(m_pending));
+        m_pending = {};
+        m_hasBatch.notify_one();
+    }
+}
+
+// The writer thread: one connection of its own, one transaction per batch.
+void DigestCache::writeBatches() {
+    const QString connection = newConnectionName();
+    {
+        QSqlDatabase db;
+        std::unique_lock lock(m_writeMutex);
+        for (;;) {
+            m_hasBatch.wait(lock, [this] { return m_closing || !m_batches.empty(); });
+            if (m_batches.empty())
+                break;
+            std::vector<Row> batch = std::move(m_batches.front());
+            m_batches.erase(m_batches.begin());
+            lock.unlock();
+            // Entries merge with what was loaded, so the load comes first.
+            waitForLoad();
+            if (isUsable()) {
+                if (!db.isValid())
+                    db = openConnection(connection, fileIn(m_folder));
+                write(batch, db);
+            }
+            lock.lock();
+        }
+        lock.unlock();
+        if (db.isValid())
+            db.close();
+    }
+    QSqlDatabase::removeDatabase(connection);
+}
+
+void DigestCache::write(std::vector<Row>& batch, QSqlDatabase& db) {
+    if (!db.isOpen() || !db.transaction()) {
         fail(db.lastError().text());
         return;
     }
@@ -270,52 +328,76 @@ void DigestCache::flush() {
         db.rollback();
         return;
     }
+    // In key order the table's pages are written once each; rows of one file merge, the parts
+    // learnt last winning, and a row of another key (the file changed) replaces them.
+    std::stable_sort(batch.begin(), batch.end(),
+        [](const Row& a, const Row& b) { return std::tie(a.device, a.inode) < std::tie(b.device, b.inode); });
+    auto sameKey = [](const Row& a, const Row& b) {
+        return a.size == b.size && a.modifiedNs == b.modifiedNs && a.changedNs == b.changedNs;
+    };
+    auto mergeInto = [](Row& into, const Row& from) {
+        if ((from.parts & FirstPart) && !(into.parts & FirstPart))
+            into.first = from.first;
+        if ((from.parts & LastPart) && !(into.parts & LastPart))
+            into.last = from.last;
+        if ((from.parts & WholePart) && !(into.parts & WholePart))
+            into.whole = from.whole;
+        if ((from.parts & FastPart) && !(into.parts & FastPart))
+            into.fast = from.fast;
+        into.parts |= from.parts;
+    };
     QByteArray packed(kPackedSize, Qt::Uninitialized);
-    for (const Pending& pending : std::as_const(m_pending)) {
-        const Key& k = pending.key;
+    for (size_t i = 0, j; i < batch.size(); i = j) {
+        Row row = batch[i];
+        for (j = i + 1; j < batch.size() && batch[j].device == row.device && batch[j].inode == row.inode; ++j) {
+            Row later = batch[j];
+            if (sameKey(later, row))
+                mergeInto(later, row);
+            else if (later.parts == 0)
+                continue; // a refresh of an entry this batch replaces anyway
+            row = later;
+        }
         bool ok;
-        if (pending.touchOnly) {
+        if (row.parts == 0) {
             update.addBindValue(m_now);
-            update.addBindValue(static_cast<qint64>(k.device));
-            update.addBindValue(static_cast<qint64>(k.inode));
+            update.addBindValue(static_cast<qint64>(row.device));
+            update.addBindValue(static_cast<qint64>(row.inode));
             ok = update.exec();
         } else {
-            // A row of the same file with another key is replaced; parts of the same key loaded at
-            // the start are kept where this run learnt nothing new.
-            Entry e = pending.entry;
-            if (const Row* row = rowOf(k)) {
-                if (!e.first && (row->parts & FirstPart))
-                    e.first = row->first;
-                if (!e.last && (row->parts & LastPart))
-                    e.last = row->last;
-                if (!e.whole && (row->parts & WholePart))
-                    e.whole = row->whole;
-                if (!e.fast && (row->parts & FastPart))
-                    e.fast = row->fast;
-            }
+            // Parts of the same key learnt earlier in this run, or loaded at its start, are kept.
+            const auto id = qMakePair(row.device, row.inode);
+            const auto earlier = m_partial.constFind(id);
+            if (earlier != m_partial.cend() && sameKey(*earlier, row))
+                mergeInto(row, *earlier);
+            const Key key { row.device, row.inode, row.size, row.modifiedNs, row.changedNs };
+            if (const Row* loaded = rowOf(key))
+                mergeInto(row, *loaded);
+            if (row.parts & (WholePart | FastPart))
+                m_partial.remove(id);
+            else
+                m_partial.insert(id, row);
             char* out = packed.data();
-            put64(out, k.device);
-            put64(out, k.inode);
-            put64(out, static_cast<quint64>(k.size));
-            put64(out, static_cast<quint64>(k.modifiedNs));
-            put64(out, static_cast<quint64>(k.changedNs));
-            put64(out, e.first.value_or(0));
-            put64(out, e.last.value_or(0));
+            put64(out, row.device);
+            put64(out, row.inode);
+            put64(out, static_cast<quint64>(row.size));
+            put64(out, static_cast<quint64>(row.modifiedNs));
+            put64(out, static_cast<quint64>(row.changedNs));
+            put64(out, (row.parts & FirstPart) ? row.first : 0);
+            put64(out, (row.parts & LastPart) ? row.last : 0);
             const Digest none {};
-            std::memcpy(out, e.whole.value_or(none).data(), none.size());
+            std::memcpy(out, ((row.parts & WholePart) ? row.whole : none).data(), none.size());
             out += none.size();
-            std::memcpy(out, e.fast.value_or(none).data(), none.size());
+            std::memcpy(out, ((row.parts & FastPart) ? row.fast : none).data(), none.size());
             out += none.size();
-            *out = static_cast<char>((e.first ? FirstPart : 0) | (e.last ? LastPart : 0) | (e.whole ? WholePart : 0)
-                | (e.fast ? FastPart : 0));
-            insert.addBindValue(static_cast<qint64>(k.device));
-            insert.addBindValue(static_cast<qint64>(k.inode));
+            *out = static_cast<char>(row.parts);
+            insert.addBindValue(static_cast<qint64>(row.device));
+            insert.addBindValue(static_cast<qint64>(row.inode));
             insert.addBindValue(m_now);
             insert.addBindValue(packed);
             ok = insert.exec();
         }
         if (!ok) {
-            fail((pending.touchOnly ? update : insert).lastError().text());
+            fail((row.parts == 0 ? update : insert).lastError().text());
             db.rollback();
             return;
         }
@@ -324,7 +406,6 @@ void DigestCache::flush() {
         fail(db.lastError().text());
         db.rollback();
     }
-    m_pending.clear();
 }
 
 namespace {

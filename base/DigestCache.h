@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QHash>
-#include <QMutex>
 #include <QString>
 #include <array>
 #include <atomic>
@@ -22,12 +21,15 @@
 //
 // Opening the cache starts reading every entry into memory on a thread of its own, while the scan
 // walks; a look-up waits for that load and then costs a binary search, far less than opening the
-// file. What the run learns is written back in one transaction when the cache is destroyed.
+// file. What the run learns is written back by a third thread in batches, each one transaction in
+// key order, so that neither memory nor the write-ahead log grows with the whole run.
 //
 // The file is opened in WAL mode with a busy timeout, so several processes may use it at once.
 // Every failure (a missing, locked, unwritable, corrupt or full cache) writes one log line and
 // turns the cache off for the rest of the run: the scan then reads the files, never trusting a
 // half-read entry.
+class QSqlDatabase;
+
 class DigestCache {
 public:
     using Digest = std::array<uint8_t, 16>;
@@ -55,8 +57,7 @@ public:
     // Opens (creating when needed) the cache in `folder`, drops entries unseen for 90 days and
     // starts loading the rest. Null, after one log line, when the cache cannot be used.
     static std::unique_ptr<DigestCache> open(const QString& folder);
-    // Writes the entries stored during the run (one transaction) and closes the file. Runs on the
-    // thread that opened the cache.
+    // Writes what is still queued and closes the file. Runs on the thread that opened the cache.
     ~DigestCache();
     DigestCache(const DigestCache&) = delete;
     DigestCache& operator=(const DigestCache&) = delete;
@@ -93,11 +94,6 @@ private:
         Digest fast;
         uint8_t parts; // which of the four digests are known
     };
-    struct Pending {
-        Key key;
-        Entry entry;
-        bool touchOnly = false;
-    };
 
     explicit DigestCache(QString folder);
     bool prepare();
@@ -105,7 +101,9 @@ private:
     void waitForLoad();
     // The loaded row stored under exactly this key.
     const Row* rowOf(const Key& key) const;
-    void flush();
+    void queue(const Row& row);
+    void writeBatches();
+    void write(std::vector<Row>& batch, QSqlDatabase& db);
     void fail(const QString& what);
     void touch(const Key& key);
 
@@ -123,6 +121,13 @@ private:
     bool m_loaded = false;
     std::atomic<bool> m_loadEnded { false };
 
-    QMutex m_mutex;
-    QHash<QPair<quint64, quint64>, Pending> m_pending;
+    // Rows to write (a row with no parts only refreshes its entry's "seen" stamp), in batches.
+    std::mutex m_writeMutex;
+    std::condition_variable m_hasBatch;
+    std::vector<Row> m_pending;
+    std::vector<std::vector<Row>> m_batches;
+    bool m_closing = false;
+    std::thread m_writer;
+    // Rows written in this run that lack a whole digest: later parts of the same file merge in.
+    QHash<QPair<quint64, quint64>, Row> m_partial;
 };
