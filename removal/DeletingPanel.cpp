@@ -56,7 +56,8 @@ DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists
     , m_current(new QLabel)
     , m_progress(new StripedProgressBar)
     , m_back(new QPushButton(QStringLiteral("Cancel")))
-    , m_tDelete(new QPushButton(QStringLiteral("Remove Selected"))) {
+    , m_tDelete(new QPushButton(QStringLiteral("Remove Selected")))
+    , m_done(new QPushButton(QStringLiteral("Done"))) {
     setObjectName(QStringLiteral("DeletingPanel"));
     setWindowTitle(QStringLiteral("Review"));
     setWindowModality(Qt::WindowModal);
@@ -107,15 +108,18 @@ DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists
     m_progress->setAccessibleName(QStringLiteral("Removal progress"));
     m_progress->hide();
 
-    for (QPushButton* button : { m_back, m_tDelete }) {
+    for (QPushButton* button : { m_back, m_tDelete, m_done }) {
         button->setFixedSize(120, 24);
         button->setAutoDefault(false);
     }
     m_tDelete->setObjectName(QStringLiteral("tDelete"));
     m_back->setObjectName(QStringLiteral("back"));
+    m_done->setObjectName(QStringLiteral("done"));
     m_tDelete->setDefault(true);
+    m_done->hide();
     connect(m_back, &QPushButton::clicked, this, &DeletingPanel::closewindow);
     connect(m_tDelete, &QPushButton::clicked, this, &DeletingPanel::removeSelectedFiles);
+    connect(m_done, &QPushButton::clicked, this, &DeletingPanel::closeOutcome);
 
     auto* middle = new QVBoxLayout;
     middle->setSpacing(4);
@@ -126,6 +130,7 @@ DeletingPanel::DeletingPanel(ScanState& state, Selection& selection, ResultLists
     buttons->addWidget(m_back, 0, Qt::AlignBottom);
     buttons->addLayout(middle, 1);
     buttons->addWidget(m_tDelete, 0, Qt::AlignBottom);
+    buttons->addWidget(m_done, 0, Qt::AlignBottom);
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(16, 0, 16, 10);
@@ -158,6 +163,7 @@ DeletingPanel::~DeletingPanel() {
 }
 
 void DeletingPanel::loadAllData() {
+    leaveOutcome();
     checkPlan();
     m_model->reload();
     m_tableDeletefileList->scrollToTop();
@@ -195,38 +201,8 @@ void DeletingPanel::checkPlan() {
     });
 }
 
-void DeletingPanel::updateStatus() {
-    if (m_worker) {
-        const qsizetype done = m_worker->done();
-        const qsizetype total = m_worker->total();
-        m_status->setText(m_worker->isCancelled() ? QStringLiteral("Stopping after the item in hand…")
-                                                  : QStringLiteral("%1 of %2")
-                                                        .arg(StatusTexts::decimalNumber(static_cast<qint64>(done)),
-                                                            StatusTexts::decimalNumber(static_cast<qint64>(total))));
-        m_progress->setValue(total ? double(done) / double(total) : 0.0);
-        const QFontMetrics metrics(m_current->font());
-        m_current->setText(metrics.elidedText(
-            PathBytes::display(m_worker->currentPath()), Qt::ElideMiddle, std::max(100, m_current->width())));
-        return;
-    }
-    const qsizetype rows = m_review.numberOfRows();
-    QString text = rows == 1 ? QStringLiteral("1 file")
-                             : QStringLiteral("%1 files").arg(StatusTexts::decimalNumber(static_cast<qint64>(rows)));
-    if (m_checking) {
-        m_status->setText(text + QStringLiteral(", checking which must stay…"));
-        m_tDelete->setEnabled(false);
-        return;
-    }
-    // Files the removal will not touch, so that every content keeps a copy, are said before asking.
-    if (const qsizetype left = m_review.leftCount())
-        text += QStringLiteral(", %1 left alone to keep a copy of every content")
-                    .arg(StatusTexts::decimalNumber(static_cast<qint64>(left)));
-    m_status->setText(text);
-    m_tDelete->setEnabled(rows > 0);
-}
-
 void DeletingPanel::removefromlist(int row) {
-    if (m_worker)
+    if (m_worker || m_showingOutcome || m_updating)
         return;
     const std::optional<RemovalReview::CloseDecision> decision = m_review.removefromlist(row, false);
     if (!decision)
@@ -241,11 +217,12 @@ void DeletingPanel::removefromlist(int row) {
 }
 
 void DeletingPanel::removeSelectedFiles() {
-    if (m_worker || m_checking || m_review.numberOfRows() == 0)
+    if (m_worker || m_checking || m_showingOutcome || m_updating || m_review.numberOfRows() == 0)
         return;
     const std::optional<RemovalActions::Action> action = m_review.askConfirmation(m_prompter);
     if (!action)
         return;
+    m_action = *action;
     m_worker = std::make_unique<RemovalWorker>(*action, m_selection.duplicateSelectedArray, m_state.duplicateMainArray,
         m_state.scanRoots, m_state.settings.protectedFolderList);
     connect(m_worker.get(), &RemovalWorker::finished, this, &DeletingPanel::removalFinished);
@@ -269,19 +246,6 @@ bool DeletingPanel::stopRemoval(int timeoutMs) {
     return m_worker->wait(timeoutMs);
 }
 
-void DeletingPanel::removalFinished() {
-    m_progressTimer.stop();
-    m_lastOutcomes = m_worker->outcomes();
-    m_review.lastOutcomes = m_lastOutcomes;
-    m_worker.reset();
-    setRemoving(false);
-    // The groups and totals are brought up to date once, for the whole run.
-    const RemovalReview::CloseDecision decision = m_review.refreshAndReload();
-    m_model->reload();
-    updateStatus();
-    finish(decision);
-}
-
 void DeletingPanel::setRemoving(bool removing) {
     // "Cancel" stays: during a removal it stops the run after the item in hand.
     m_tDelete->setEnabled(!removing);
@@ -299,6 +263,10 @@ void DeletingPanel::setRemoving(bool removing) {
 void DeletingPanel::closewindow() {
     if (m_worker) {
         cancelRemoval();
+        return;
+    }
+    if (m_showingOutcome || m_updating) {
+        closeOutcome();
         return;
     }
     finish(m_review.closewindow(false));

@@ -22,9 +22,12 @@ class StripedProgressBar;
 
 // The removal review: a sheet over the main window listing the chosen files (the selection), each
 // with a button that drops it from the list, and "Cancel" / "Remove Selected". "Remove Selected"
-// asks for one confirmation that also chooses the action, carries it out on a thread of its own
-// (with "n of N" and the item in hand in the sheet; "Cancel" stops it after that item), brings the
-// groups and totals up to date once and closes. Only the listed files are ever touched.
+// asks for one confirmation that also chooses the action and carries it out on a thread of its own
+// (with "n of N" and the item in hand in the sheet; "Cancel" stops it after that item). Only the
+// listed files are ever touched. Then the groups and totals are brought up to date once, on another
+// thread, and put in place in one step. When everything listed was done the sheet closes; when
+// anything was left (by the plan, by the check before acting, by a Cancel) or failed, the sheet
+// stays and lists what was done with each item and why the others were left, until "Done".
 //
 // The sheet ends with the return code -1000; then closed() tells the controller which screen to
 // show. One panel is made and kept; later openings only reload the list (loadAllData).
@@ -62,6 +65,11 @@ public:
     // What the last removal did with each item it was given: done, or left with the reason (the
     // items a Cancel kept it from reaching say "cancelled").
     const QList<RemovalActions::Outcome>& lastOutcomes() const { return m_lastOutcomes; }
+    // Whether the sheet lists what the last removal did, and its button that closes it.
+    bool isShowingOutcome() const { return m_showingOutcome; }
+    QPushButton* doneButton() const { return m_done; }
+    // Whether the groups are being brought up to date after a removal.
+    bool isUpdating() const { return m_updating; }
 
     // Opens the URLs of the completion panel's share menu.
     std::function<bool(const QUrl&)> openUrl;
@@ -99,6 +107,14 @@ protected:
 private:
     void finish(const RemovalReview::CloseDecision& decision);
     void removalFinished();
+    // The groups a removal leaves, worked out on another thread and put in place when ready.
+    void updateGroups();
+    void groupsUpdated(RemovalReview::Update update);
+    void showOutcome();
+    // "Done": the sheet closes once the groups are up to date.
+    void closeOutcome();
+    // The sheet as it is for a list of chosen files, after a removal listed what it did.
+    void leaveOutcome();
     void updateStatus();
     void setRemoving(bool removing);
     // Works out which listed files the removal will leave alone: at once for a short list, on
@@ -116,6 +132,11 @@ private:
     QThreadPool m_planPool;
     quint64 m_planGeneration = 0;
     bool m_checking = false;
+    RemovalActions::Action m_action = RemovalActions::Action::MoveToTrash;
+    bool m_updating = false;
+    bool m_showingOutcome = false;
+    bool m_closeWhenUpdated = false;
+    std::optional<RemovalReview::CloseDecision> m_decision;
 
     RemovalListModel* m_model;
     RemovalRowDelegate* m_rowDelegate;
@@ -126,5 +147,6 @@ private:
     StripedProgressBar* m_progress;
     QPushButton* m_back;
     QPushButton* m_tDelete;
+    QPushButton* m_done;
     QPointer<congoPanel> m_CongoPanelObj;
 };

@@ -3,6 +3,7 @@
 #include "engine/ScanState.h"
 #include "removal/RemovalPlan.h"
 #include "removal/RemovalTexts.h"
+#include "review/LetGo.h"
 #include "review/ResultLists.h"
 #include "review/Selection.h"
 
@@ -217,7 +218,9 @@ RemovalReview::CloseDecision RemovalReview::takeUpdate(Update update) {
     m_state.duplicateMainArray = std::move(update.groups);
     m_state.totalDuplicateCount = update.members;
     m_state.wastedSpaceDuplicates = update.wasted;
-    m_selection.duplicateSelectedArray.clear();
+    QList<DuplicateFilePtr> chosen = std::exchange(m_selection.duplicateSelectedArray, {});
+    if (chosen.size() >= ResultLists::kBackgroundFrom)
+        letGoElsewhere(std::move(chosen));
     m_leftReasons.clear();
     return closewindow();
 }

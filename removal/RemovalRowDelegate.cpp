@@ -17,6 +17,11 @@ QRect RemovalRowDelegate::removeButtonRect(const QRect& rowRect) {
     return { rowRect.right() - 8 - kButton + 1, rowRect.top() + 4, kButton, kButton };
 }
 
+bool RemovalRowDelegate::hasRemoveButton(const QModelIndex& index) {
+    const int kind = index.data(RemovalListModel::StatusKindRole).toInt();
+    return kind == RemovalListModel::Listed || kind == RemovalListModel::WillBeLeft;
+}
+
 QSize RemovalRowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const {
     return { option.rect.width(), kRowHeight };
 }
@@ -46,29 +51,36 @@ void RemovalRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     const QFontMetrics metrics(font);
     QRect text(row.left() + 30, row.top() + 3, row.width() - 30 - 38, kIcon);
     painter->setFont(font);
-    // A file the removal will leave alone shows why, at the right, and its path greyed.
-    const QString reason = index.data(RemovalListModel::LeftReasonRole).toString();
-    if (!reason.isEmpty()) {
-        const QString label = QStringLiteral("left alone: ") + reason;
+    // A file the removal will leave alone (or left alone, or failed on) shows why at the right, its
+    // path greyed; once the removal has run, a file it acted on says what became of it, and the
+    // rows lose their remove buttons.
+    const auto kind = static_cast<RemovalListModel::StatusKind>(index.data(RemovalListModel::StatusKindRole).toInt());
+    const QString label = index.data(RemovalListModel::StatusRole).toString();
+    if (!label.isEmpty()) {
         const int width = std::min(metrics.horizontalAdvance(label), text.width() / 2);
-        const QRect reasonRect(text.right() - width + 1, text.top(), width, text.height());
-        painter->setPen(QColor(0xb0, 0x5a, 0x00));
-        painter->drawText(reasonRect, Qt::AlignRight | Qt::AlignVCenter,
-            metrics.elidedText(label, Qt::ElideRight, reasonRect.width()));
-        text.setRight(reasonRect.left() - 8);
+        const QRect labelRect(text.right() - width + 1, text.top(), width, text.height());
+        painter->setPen(kind == RemovalListModel::Done ? QColor(0x2e, 0x7d, 0x32)
+                : kind == RemovalListModel::Failed     ? QColor(0xc6, 0x28, 0x28)
+                                                       : QColor(0xb0, 0x5a, 0x00));
+        painter->drawText(
+            labelRect, Qt::AlignRight | Qt::AlignVCenter, metrics.elidedText(label, Qt::ElideRight, labelRect.width()));
+        text.setRight(labelRect.left() - 8);
     }
-    painter->setPen(reason.isEmpty() ? QColor(Qt::black) : QColor(0x8a, 0x90, 0x98));
+    const bool actedOn = kind == RemovalListModel::Listed || kind == RemovalListModel::Done;
+    painter->setPen(actedOn ? QColor(Qt::black) : QColor(0x8a, 0x90, 0x98));
     painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter,
         metrics.elidedText(index.data(Qt::DisplayRole).toString(), Qt::ElideRight, text.width()));
 
-    const QRect button = removeButtonRect(row);
-    RowButtons::paintRemove(*painter, button, RowButtons::isUnderPointer(option, button));
+    if (hasRemoveButton(index)) {
+        const QRect button = removeButtonRect(row);
+        RowButtons::paintRemove(*painter, button, RowButtons::isUnderPointer(option, button));
+    }
     painter->restore();
 }
 
 bool RemovalRowDelegate::editorEvent(
     QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option, const QModelIndex& index) {
-    if (event->type() == QEvent::MouseButtonRelease) {
+    if (event->type() == QEvent::MouseButtonRelease && hasRemoveButton(index)) {
         auto* mouse = static_cast<QMouseEvent*>(event);
         if (mouse->button() == Qt::LeftButton
             && removeButtonRect(option.rect).adjusted(-2, -2, 2, 2).contains(mouse->position().toPoint())) {

@@ -1,6 +1,7 @@
 #include "removal/RemovalTexts.h"
 
 #include "base/ByteCountFormatter.h"
+#include "review/StatusTexts.h"
 
 namespace RemovalTexts {
 
@@ -36,6 +37,38 @@ QString allRemovedMessage() {
 
 QString allRemovedInformative() {
     return QStringLiteral("Successfully removed all duplicates.");
+}
+
+QString doneText(RemovalActions::Action action) {
+    switch (action) {
+    case RemovalActions::Action::MoveToTrash:
+        return QStringLiteral("moved to the trash");
+    case RemovalActions::Action::PermanentDelete:
+        return QStringLiteral("deleted");
+    case RemovalActions::Action::ReplaceWithAlias:
+        return QStringLiteral("replaced by a link file");
+    case RemovalActions::Action::ReplaceWithSymlink:
+        return QStringLiteral("replaced by a symbolic link");
+    case RemovalActions::Action::ReplaceWithHardlink:
+        break;
+    }
+    return QStringLiteral("replaced by a hard link");
+}
+
+QString outcomeHeading(qsizetype done, qsizetype total) {
+    return QStringLiteral("Removed %1 of %2 %3")
+        .arg(StatusTexts::decimalNumber(static_cast<qint64>(done)),
+            StatusTexts::decimalNumber(static_cast<qint64>(total)),
+            total == 1 ? QStringLiteral("file") : QStringLiteral("files"));
+}
+
+QString outcomeSummary(RemovalActions::Action action, qsizetype done, qsizetype left, qsizetype failed) {
+    const auto number = [](qsizetype count) { return StatusTexts::decimalNumber(static_cast<qint64>(count)); };
+    QString text = number(done) + QLatin1Char(' ') + doneText(action) + QStringLiteral(", ") + number(left)
+        + QStringLiteral(" left alone");
+    if (failed)
+        text += QStringLiteral(", ") + number(failed) + QStringLiteral(" could not be removed");
+    return text;
 }
 
 QString congoSummary(qsizetype count, qint64 bytes) {

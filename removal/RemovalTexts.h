@@ -25,6 +25,15 @@ Confirmation confirmation(RemovalActions::Action action, qsizetype count);
 QString allRemovedMessage();
 QString allRemovedInformative();
 
+// What became of an item the action was carried out on, for the list of what a removal did:
+// "moved to the trash", "deleted", "replaced by a link file", "replaced by a symbolic link",
+// "replaced by a hard link".
+QString doneText(RemovalActions::Action action);
+// The heading over that list, "Removed 3 of 7 files", and its summary line, "3 moved to the trash,
+// 4 left alone" (the failures counted apart: ", 1 could not be removed").
+QString outcomeHeading(qsizetype done, qsizetype total);
+QString outcomeSummary(RemovalActions::Action action, qsizetype done, qsizetype left, qsizetype failed);
+
 // The completion panel's summary: "You have successfully removed %ld duplicate %@ and freedup %@."
 // with the decimal byte-count text of the freed bytes.
 QString congoSummary(qsizetype count, qint64 bytes);

@@ -2,6 +2,7 @@
 
 #include "base/Log.h"
 #include "engine/ScanState.h"
+#include "review/LetGo.h"
 #include "review/ResultIndex.h"
 #include "review/SearchIndex.h"
 #include "review/Selection.h"
@@ -259,7 +260,8 @@ bool ResultLists::rebuildDisplayList() {
                     return;
                 m_busy = false;
                 selectedMain = 0;
-                duplicateDisplayArray = DisplayList(groups, std::move(rows));
+                // The list replaced may hold the last references to groups a removal took away.
+                letGoElsewhere(std::exchange(duplicateDisplayArray, DisplayList(groups, std::move(rows))));
                 if (m_listener && m_listenerContext)
                     m_listener();
             },

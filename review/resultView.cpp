@@ -5,6 +5,7 @@
 #include "review/FileListModel.h"
 #include "review/FileRowDelegate.h"
 #include "review/GroupListModel.h"
+#include "review/LetGo.h"
 #include "review/PreviewView.h"
 #include "review/PreviewWindow.h"
 #include "review/ResultLists.h"
@@ -44,12 +45,10 @@ Qt::CheckState toQt(Selection::CheckState state) {
     return Qt::Unchecked;
 }
 
-// A large list of records is let go on another thread: releasing a million references is work the
-// window would feel.
+// A large choice is let go on another thread.
 void dropElsewhere(QList<DuplicateFilePtr> files) {
-    if (files.size() < ResultLists::kBackgroundFrom)
-        return;
-    QThreadPool::globalInstance()->start([files = std::move(files)]() mutable { files.clear(); });
+    if (files.size() >= ResultLists::kBackgroundFrom)
+        letGoElsewhere(std::move(files));
 }
 
 Selection::CheckState fromQt(Qt::CheckState state) {

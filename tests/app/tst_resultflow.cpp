@@ -308,7 +308,7 @@ private slots:
         // "Cancel": the item in hand is finished, nothing after it is started.
         QTest::mouseClick(sheet->back(), Qt::LeftButton);
         goOn.release();
-        QTRY_VERIFY(!sheet->isVisible());
+        QTRY_VERIFY(sheet->isShowingOutcome());
         RemovalActions::setCheckedHook({});
         const QMap<QByteArray, QByteArray> after = snapshot(road.tree.root());
         int gone = 0;
@@ -328,6 +328,30 @@ private slots:
                 QVERIFY(after.contains(outcome.file->urlFile().mid(road.tree.root().size() + 1)));
             }
         }
+        // The sheet stays and shows the same, row by row, with what became of each item and why the
+        // others were left; no row can be dropped any more. "Done" has the keyboard.
+        RemovalListModel* rows = sheet->listModel();
+        QCOMPARE(rows->rowCount(), outcomes.size());
+        QCOMPARE(sheet->statusText()->text(), QStringLiteral("1 deleted, 3 left alone"));
+        for (int row = 0; row < rows->rowCount(); ++row) {
+            const QModelIndex index = rows->index(row);
+            const RemovalActions::Outcome& outcome = outcomes[row];
+            QCOMPARE(index.data(RemovalListModel::PathBytesRole).toByteArray(), outcome.file->urlFile());
+            QCOMPARE(index.data(RemovalListModel::StatusRole).toString(),
+                outcome.done ? QStringLiteral("deleted") : QStringLiteral("left alone: cancelled"));
+            QVERIFY(!RemovalRowDelegate::hasRemoveButton(index));
+            QVERIFY(index.data(Qt::AccessibleTextRole)
+                        .toString()
+                        .endsWith(index.data(RemovalListModel::StatusRole).toString()));
+        }
+        QVERIFY(!sheet->back()->isVisible() && !sheet->tDelete()->isVisible());
+        QVERIFY(sheet->doneButton()->isVisible() && sheet->doneButton()->isDefault());
+        QTRY_VERIFY(!sheet->isUpdating());
+        QCOMPARE(sheet->focusWidget(), sheet->doneButton());
+        QTest::keyClick(sheet->tableDeletefileList(), Qt::Key_Delete);
+        QCOMPARE(rows->rowCount(), outcomes.size());
+        QTest::keyClick(sheet->focusWidget(), Qt::Key_Return);
+        QTRY_VERIFY(!sheet->isVisible());
         // Only what was removed left the result.
         quint64 members = 0;
         for (const DuplicateGroupPtr& group : f.app->state().duplicateMainArray)
