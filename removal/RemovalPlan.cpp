@@ -68,6 +68,29 @@ public:
         return found;
     }
 
+    // Whether anything blocks `member` (see blockersOf), without listing what.
+    bool blocks(const duplicateFile& member) const {
+        if (contains(&member))
+            return true;
+        if (member.identity().known) {
+            const auto [first, last] = m_byFile.equal_range(keyOf(member));
+            for (auto it = first; it != last; ++it) {
+                if (it->second != &member)
+                    return true;
+            }
+        }
+        if (!m_withFolders)
+            return false;
+        if (!foldersAround(member.urlFile()).empty())
+            return true;
+        if (member.identity().folder) {
+            const QByteArray& folder = member.urlFile();
+            const auto inside = m_byPath.lower_bound(folder + '/');
+            return inside != m_byPath.end() && inside->first < folder + '0';
+        }
+        return false;
+    }
+
     // What must stay chosen-free for `member` to survive: itself, the chosen folders around it, the
     // chosen items that are the same file, and for a folder the chosen items inside it.
     std::vector<const duplicateFile*> blockersOf(const duplicateFile& member) const {
@@ -127,22 +150,37 @@ QString RemovalPlan::protectedText() {
 RemovalPlan::RemovalPlan(const QList<DuplicateFilePtr>& chosen, const QList<DuplicateGroupPtr>& groups,
     const QList<QByteArray>& protectedFolders) {
     const QSet<QByteArray> shielded(protectedFolders.cbegin(), protectedFolders.cend());
-    // Each chosen record's group: the first on screen that holds it.
-    std::unordered_map<const duplicateFile*, DuplicateGroupPtr> groupOf;
     std::unordered_set<const duplicateFile*> wanted;
-    for (const DuplicateFilePtr& file : chosen)
+    std::unordered_set<FileKey, FileKeyHash> wantedFiles;
+    for (const DuplicateFilePtr& file : chosen) {
         wanted.insert(file.get());
-    for (const DuplicateGroupPtr& group : groups) {
+        if (file->identity().known)
+            wantedFiles.insert(keyOf(*file));
+    }
+    // One pass over every member of the result, which may hold millions: each chosen record's group
+    // (the first on screen that holds it), whether any member is a folder, the folders, and the
+    // groups a choice of files alone can leave without a survivor (those holding a chosen record or
+    // the same file as one).
+    std::unordered_map<const duplicateFile*, DuplicateGroupPtr> groupOf;
+    bool withFolders = false;
+    std::vector<const duplicateFile*> folders;
+    std::vector<bool> touched(static_cast<size_t>(groups.size()), false);
+    for (qsizetype i = 0; i < groups.size(); ++i) {
+        const DuplicateGroupPtr& group = groups[i];
         for (const DuplicateFilePtr& member : group->listAll()) {
-            if (wanted.count(member.get()))
-                groupOf.emplace(member.get(), group);
+            const duplicateFile& record = *member;
+            if (wanted.count(&record)) {
+                groupOf.emplace(&record, group);
+                touched[static_cast<size_t>(i)] = true;
+            } else if (record.identity().known && wantedFiles.count(keyOf(record))) {
+                touched[static_cast<size_t>(i)] = true;
+            }
+            if (record.identity().folder) {
+                withFolders = true;
+                folders.push_back(&record);
+            }
         }
     }
-
-    const bool withFolders = std::any_of(groups.cbegin(), groups.cend(), [](const DuplicateGroupPtr& group) {
-        return std::any_of(group->listAll().cbegin(), group->listAll().cend(),
-            [](const DuplicateFilePtr& member) { return member->identity().folder; });
-    });
     std::vector<Item> candidates;
     std::unordered_map<const duplicateFile*, size_t> indexOf;
     ActiveChoice active(withFolders);
@@ -170,11 +208,9 @@ RemovalPlan::RemovalPlan(const QList<DuplicateFilePtr>& chosen, const QList<Dupl
     const auto sizeOf = [&](const duplicateFile* file) { return groupOf.at(file)->sizeFile(); };
     // The folders of the result that are not chosen: an item inside one keeps it from being whole.
     QSet<QByteArray> unchosenFolders;
-    for (const DuplicateGroupPtr& group : groups) {
-        for (const DuplicateFilePtr& member : group->listAll()) {
-            if (member->identity().folder && !active.contains(member.get()))
-                unchosenFolders.insert(member->urlFile());
-        }
+    for (const duplicateFile* folder : folders) {
+        if (!active.contains(folder))
+            unchosenFolders.insert(folder->urlFile());
     }
     const auto insideUnchosenFolder = [&](const QByteArray& path) {
         for (qsizetype slash = path.lastIndexOf('/'); slash > 0; slash = path.lastIndexOf('/', slash - 1)) {
@@ -183,12 +219,15 @@ RemovalPlan::RemovalPlan(const QList<DuplicateFilePtr>& chosen, const QList<Dupl
         }
         return false;
     };
-    const auto survives = [&](const duplicateFile& member) { return active.blockersOf(member).empty(); };
+    const auto survives = [&](const duplicateFile& member) { return !active.blocks(member); };
 
     // Leaving an item alone never takes a survivor away from any group, so one pass over the groups
-    // settles them all: a group found without a survivor gets the cheapest one back.
-    for (const DuplicateGroupPtr& group : groups) {
-        const QList<DuplicateFilePtr>& members = group->listAll();
+    // settles them all: a group found without a survivor gets the cheapest one back. Without
+    // folders, a group that holds neither a chosen record nor the same file as one keeps every copy.
+    for (qsizetype i = 0; i < groups.size(); ++i) {
+        if (!withFolders && !touched[static_cast<size_t>(i)])
+            continue;
+        const QList<DuplicateFilePtr>& members = groups[i]->listAll();
         if (members.isEmpty() || std::any_of(members.cbegin(), members.cend(), [&](const DuplicateFilePtr& member) {
                 return survives(*member);
             }))
