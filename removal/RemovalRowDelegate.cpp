@@ -57,7 +57,8 @@ void RemovalRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     const auto kind = static_cast<RemovalListModel::StatusKind>(index.data(RemovalListModel::StatusKindRole).toInt());
     const QString label = index.data(RemovalListModel::StatusRole).toString();
     if (!label.isEmpty()) {
-        const int width = std::min(metrics.horizontalAdvance(label), text.width() / 2);
+        // A little room over the measured width, so that a label that fits is never cut.
+        const int width = std::min(metrics.horizontalAdvance(label) + 4, text.width() / 2);
         const QRect labelRect(text.right() - width + 1, text.top(), width, text.height());
         painter->setPen(kind == RemovalListModel::Done ? QColor(0x2e, 0x7d, 0x32)
                 : kind == RemovalListModel::Failed     ? QColor(0xc6, 0x28, 0x28)

@@ -58,8 +58,7 @@ QString doneText(RemovalActions::Action action) {
 QString outcomeHeading(qsizetype done, qsizetype total) {
     return QStringLiteral("Removed %1 of %2 %3")
         .arg(StatusTexts::decimalNumber(static_cast<qint64>(done)),
-            StatusTexts::decimalNumber(static_cast<qint64>(total)),
-            total == 1 ? QStringLiteral("file") : QStringLiteral("files"));
+            StatusTexts::decimalNumber(static_cast<qint64>(total)), itemWord(total));
 }
 
 QString outcomeSummary(RemovalActions::Action action, qsizetype done, qsizetype left, qsizetype failed) {

@@ -29,7 +29,7 @@ QString allRemovedInformative();
 // "moved to the trash", "deleted", "replaced by a link file", "replaced by a symbolic link",
 // "replaced by a hard link".
 QString doneText(RemovalActions::Action action);
-// The heading over that list, "Removed 3 of 7 files", and its summary line, "3 moved to the trash,
+// The heading over that list, "Removed 3 of 7 items", and its summary line, "3 moved to the trash,
 // 4 left alone" (the failures counted apart: ", 1 could not be removed").
 QString outcomeHeading(qsizetype done, qsizetype total);
 QString outcomeSummary(RemovalActions::Action action, qsizetype done, qsizetype left, qsizetype failed);

@@ -20,6 +20,7 @@
 #include <QListView>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPushButton>
 #include <QThread>
 #include <cmath>
 #include <cstdio>
@@ -120,7 +121,8 @@ void writeFile(const QByteArray& path, qint64 size, char fill) {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     if (argc < 2) {
         std::fprintf(stderr, "usage: %s OUTPUT_FOLDER [BIG_FOLDER]\n", argv[0]);
@@ -214,6 +216,33 @@ int main(int argc, char* argv[]) {
     pause(1200);
     shoot(app, out + QStringLiteral("/scanning.png"));
     waitUntil([&] { return !app.state().isScanRunning; }, 600000);
+
+    // What a removal did, on three copies of its own below the demo folder: the group chosen whole
+    // keeps its last copy, which the sheet lists as left alone beside the copies moved to the trash.
+    const QByteArray copies = demo + "/Copies";
+    for (const char* name : { "/Scans/Receipt 2024.pdf", "/Backup/Receipt 2024.pdf", "/Mail/Receipt 2024.pdf" })
+        writeFile(copies + name, 210000, 'p');
+    app.nextButtonAction_toolbar(); // from "groups found" to the result of the last scan
+    app.backButtonAction_toolbar(); // and back to an empty setup screen
+    setup->checkAndReloadTableView({ copies });
+    app.nextButtonAction_toolbar();
+    waitUntil([&] { return app.typetoolbar() == 3 || app.typetoolbar() == 4; }, 60000);
+    app.nextButtonAction_toolbar();
+    if (app.state().duplicateMainArray.size() != 1)
+        return 1;
+    const DuplicateGroupPtr group = app.state().duplicateMainArray.first();
+    for (const DuplicateFilePtr& member : group->listAll()) {
+        if (!member->urlFile().startsWith(QByteArray(copies + '/')))
+            return 1; // never anything outside the demo folder
+    }
+    app.selection().duplicateSelectedArray = group->listAll();
+    results->reloadRow();
+    app.nextButtonAction_toolbar();
+    prompter.expectAlert(Prompter::FirstButton, false, 0);
+    review->tDelete()->click();
+    waitUntil([&] { return review->isShowingOutcome() && !review->isUpdating(); }, 60000);
+    shootSheet(app, *review, out + QStringLiteral("/outcome.png"));
+    review->doneButton()->click();
     QDir(QString::fromUtf8(demo)).removeRecursively();
     return 0;
 }
