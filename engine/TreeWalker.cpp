@@ -90,15 +90,17 @@ FolderLister::~FolderLister() {
         thread.join();
 }
 
-void FolderLister::expect(qint32 node, const QByteArray& path) {
-    if (m_threads.empty())
+void FolderLister::expect(const std::vector<std::pair<qint32, QByteArray>>& folders) {
+    if (m_threads.empty() || folders.empty())
         return;
     {
         std::lock_guard lock(m_mutex);
-        m_waiting.push_back(node);
-        m_slots.emplace(node, Slot { path, Slot::Waiting, {} });
+        for (const auto& [node, path] : folders) {
+            m_waiting.push_back(node);
+            m_slots.emplace(node, Slot { path, Slot::Waiting, {} });
+        }
     }
-    m_hasWork.notify_one();
+    m_hasWork.notify_all();
 }
 
 FolderListing FolderLister::take(qint32 node, const QByteArray& path) {
@@ -172,7 +174,8 @@ TreeWalker::TreeWalker(
     , m_tree(tree)
     , m_planner(planner)
     , m_totalCount(totalCount)
-    , m_lister(std::thread::hardware_concurrency() > 1 ? static_cast<int>(std::thread::hardware_concurrency()) : 0) { }
+    // The walk's own thread lists too when a lister has not started on the folder it needs.
+    , m_lister(static_cast<int>(std::max(1u, std::thread::hardware_concurrency())) - 1) { }
 
 qint32 TreeWalker::addNode(const QByteArray& path, qint32 parent, const FileSystem::ItemInfo& info, bool enter) {
     const auto index = static_cast<qint32>(m_tree.nodes.size());
@@ -308,9 +311,11 @@ void TreeWalker::listFolder(qint32 index, std::vector<qint32>& pending) {
     m_planner.endFolder();
     // Depth first, in name order, so that hashing follows the folders as they were listed. The
     // listers take them in the same order, ahead of the walk.
+    std::vector<std::pair<qint32, QByteArray>> ahead;
     for (auto it = subfolders.rbegin(); it != subfolders.rend(); ++it) {
         pending.push_back(*it);
         if (m_origins[static_cast<size_t>(*it)].enter)
-            m_lister.expect(*it, m_tree.nodes[static_cast<size_t>(*it)].path);
+            ahead.emplace_back(*it, m_tree.nodes[static_cast<size_t>(*it)].path);
     }
+    m_lister.expect(ahead);
 }

@@ -37,7 +37,8 @@ public:
     FolderLister(const FolderLister&) = delete;
     FolderLister& operator=(const FolderLister&) = delete;
 
-    void expect(qint32 node, const QByteArray& path);
+    // Folders in the order they go on the walk's stack.
+    void expect(const std::vector<std::pair<qint32, QByteArray>>& folders);
     FolderListing take(qint32 node, const QByteArray& path);
 
 private:

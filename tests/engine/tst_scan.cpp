@@ -483,8 +483,10 @@ private slots:
             return out;
         };
         FolderLister lister(3);
+        std::vector<std::pair<qint32, QByteArray>> folders;
         for (qint32 f = 0; f < 40; ++f)
-            lister.expect(f, tree.path("d" + QByteArray::number(f)));
+            folders.emplace_back(f, tree.path("d" + QByteArray::number(f)));
+        lister.expect(folders);
         for (qint32 f : { 7, 39, 0, 21, 22, 3 }) {
             const FolderListing listing = lister.take(f, tree.path("d" + QByteArray::number(f)));
             QVERIFY(listing.opened && listing.complete);
