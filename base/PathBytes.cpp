@@ -61,7 +61,8 @@ QByteArrayView extensionView(QByteArrayView path) {
                 return {};
             return name.sliced(i + 1);
         }
-        if (c == ' ' || c == '/' || endsWithBidiControl(name, i + 1))
+        // A bidirectional control ends in a byte above 0x7F: plain bytes need no further test.
+        if (c == ' ' || c == '/' || (static_cast<uchar>(c) >= 0x80 && endsWithBidiControl(name, i + 1)))
             return {};
     }
     return {};
