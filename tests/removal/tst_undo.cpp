@@ -135,7 +135,8 @@ private slots:
         TempEnvironment environment;
         TempTree tree;
         QList<std::pair<QByteArray, QByteArray>> pairs;
-        for (const char* name : { "1", "2", "3" })
+        // Paths of three lengths: every way a path's base64 can end.
+        for (const char* name : { "1", "22", "333" })
             pairs.append({ tree.file(QByteArray("A/") + name, name), tree.file(QByteArray("B/") + name, name) });
         removeCopies(pairs, Action::ReplaceWithHardlink);
         const QByteArray file = lastRemoval().file;
@@ -151,12 +152,13 @@ private slots:
         const Journal::Removal removal = lastRemoval();
         QCOMPARE(removal.entries.size(), 2);
         QCOMPARE(removal.entries[1].state, Journal::Entry::State::Begun);
+        QCOMPARE(removal.entries[1].path, tree.path("B/22"));
         QCOMPARE(removal.doneCount(), 1);
         const QList<Undo::Result> results = Undo::undo(removal);
         QCOMPARE(results.size(), 1);
         QVERIFY(results[0].restored);
         QVERIFY(statOf(tree.path("B/1")).st_ino != statOf(tree.path("A/1")).st_ino);
-        QCOMPARE(statOf(tree.path("B/2")).st_ino, statOf(tree.path("A/2")).st_ino); // left as it is
+        QCOMPARE(statOf(tree.path("B/22")).st_ino, statOf(tree.path("A/22")).st_ino); // left as it is
     }
 
     // An item trashed on another mount comes back from that mount's trash.
