@@ -6,6 +6,9 @@
 // done; the last line sums up.
 //
 //   window_scale [--groups N] [--removal M]
+//   window_scale --scan FOLDER        a real scan of FOLDER instead (window_scale_scan.cpp)
+#include "bench/WindowScale.h"
+
 #include "app/AppDelegate.h"
 #include "app/MainWindow.h"
 #include "base/FileSystem.h"
@@ -31,79 +34,9 @@
 #include <time.h>
 #include <unistd.h>
 
+using namespace WindowScale;
+
 namespace {
-
-// Says yes to every question, with the pop-up's first item: the removal moves to the trash.
-class YesPrompter : public Prompter {
-public:
-    AlertAnswer runAlert(Alert&) override { return { FirstButton, false, 0 }; }
-    PanelAnswer runOpenPanel(const OpenPanel&) override { return {}; }
-};
-
-// CPU time of the calling thread: what the window's thread worked, whatever else the machine ran.
-qint64 threadCpuMs() {
-    timespec now {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<qint64>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
-}
-
-qint64 residentBytes() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
-    }
-    return 0;
-}
-
-// The interface thread's pulse: the longest gap between two ticks since the last reset.
-class Heartbeat : public QObject {
-public:
-    Heartbeat() {
-        m_clock.start();
-        m_timer.setTimerType(Qt::PreciseTimer);
-        m_timer.setInterval(10);
-        connect(&m_timer, &QTimer::timeout, this, [this] {
-            const qint64 now = m_clock.elapsed();
-            m_longest = std::max(m_longest, now - m_last);
-            m_last = now;
-        });
-        m_timer.start();
-    }
-    void reset() {
-        m_last = m_clock.elapsed();
-        m_longest = 0;
-    }
-    // The gap still open counts too: a step that ends while the thread is busy.
-    qint64 longest() const { return std::max(m_longest, m_clock.elapsed() - m_last); }
-
-private:
-    QElapsedTimer m_clock;
-    QTimer m_timer;
-    qint64 m_last = 0;
-    qint64 m_longest = 0;
-};
-
-// Runs the event loop until `done` holds (looked at every 5 ms), at most `timeoutMs`.
-bool waitFor(const std::function<bool()>& done, int timeoutMs = 120000) {
-    if (done())
-        return true;
-    QEventLoop loop;
-    QTimer poll;
-    QElapsedTimer clock;
-    clock.start();
-    bool ok = false;
-    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
-        ok = done();
-        if (ok || clock.elapsed() > timeoutMs)
-            loop.quit();
-    });
-    poll.start(5);
-    loop.exec();
-    return ok;
-}
 
 struct Synthetic {
     QList<DuplicateGroupPtr> groups;
@@ -193,31 +126,6 @@ Synthetic makeResult(qsizetype count, qsizetype real, const QByteArray& realRoot
     return out;
 }
 
-struct Report {
-    qint64 longestGap = 0;
-    void step(const char* name, Heartbeat& beat, const std::function<void()>& act, const std::function<bool()>& done,
-        qint64* elapsedOut = nullptr) {
-        QElapsedTimer clock;
-        beat.reset();
-        clock.start();
-        const qint64 cpuBefore = threadCpuMs();
-        act();
-        const bool ok = waitFor(done);
-        const qint64 elapsed = clock.elapsed();
-        const qint64 gap = beat.longest();
-        const qint64 cpu = threadCpuMs() - cpuBefore;
-        longestGap = std::max(longestGap, gap);
-        std::printf("%-28s longest gap %5lld ms, done in %6lld ms, window thread busy %5lld ms%s\n", name,
-            static_cast<long long>(gap), static_cast<long long>(elapsed), static_cast<long long>(cpu),
-            ok ? "" : " (TIMED OUT)");
-        std::fflush(stdout);
-        if (elapsedOut)
-            *elapsedOut = elapsed;
-        // The window settles before the next step.
-        waitFor([&clock, elapsed] { return clock.elapsed() > elapsed + 100; });
-    }
-};
-
 qsizetype countWhere(const QList<DuplicateGroupPtr>& groups, const std::function<bool(const duplicates&)>& keep) {
     return std::count_if(groups.begin(), groups.end(), [&](const DuplicateGroupPtr& g) { return keep(*g); });
 }
@@ -230,7 +138,9 @@ bool pathsContain(const duplicates& group, const QByteArray& lowered) {
     return false;
 }
 
-int runSynthetic(qsizetype count, qsizetype real) {
+} // namespace
+
+int WindowScale::runSynthetic(qsizetype count, qsizetype real) {
     QTemporaryDir work(QDir::tempPath() + QStringLiteral("/window-scale-XXXXXX"));
     for (const char* name : { "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME" })
         qputenv(name, QByteArray(work.path().toUtf8() + '/' + name));
@@ -357,21 +267,24 @@ int runSynthetic(qsizetype count, qsizetype real) {
     return 0;
 }
 
-} // namespace
-
 int main(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     qsizetype groups = 500000;
     qsizetype removal = 50000;
+    QByteArray scan;
     const QStringList args = QCoreApplication::arguments();
     for (qsizetype i = 1; i + 1 < args.size(); i += 2) {
         if (args[i] == QLatin1String("--groups"))
             groups = args[i + 1].toLongLong();
         else if (args[i] == QLatin1String("--removal"))
             removal = args[i + 1].toLongLong();
+        else if (args[i] == QLatin1String("--scan"))
+            scan = QFile::encodeName(QFileInfo(args[i + 1]).absoluteFilePath());
     }
+    if (!scan.isEmpty())
+        return runScan(scan);
     removal = std::min(removal, groups);
     return runSynthetic(groups, removal);
 }

@@ -10,6 +10,7 @@
 
 #include <QMutex>
 #include <QMutexLocker>
+#include <malloc.h>
 #include <numeric>
 
 // What is worked out for one state of the groups, shared by the rebuilds on either thread.
@@ -284,8 +285,14 @@ void ResultLists::prepare() {
     const auto never = std::make_shared<std::atomic<bool>>(false);
     // The first list's needs first; then the search's index, beside the rebuilds that follow.
     m_pool.start([work = m_work, first, never, searchPool = &m_searchPool] {
-        if (rowsFor(*work, first, *never))
-            searchPool->start([work, groups = first.groups] { searchIndexFor(*work, groups); });
+        if (!rowsFor(*work, first, *never))
+            return;
+        searchPool->start([work, groups = first.groups] {
+            searchIndexFor(*work, groups);
+            // The scan's tables and what making the indexes took are free now: the memory goes
+            // back to the system instead of staying with the process for as long as it runs.
+            malloc_trim(0);
+        });
     });
 }
 
