@@ -7,8 +7,8 @@ loop that writes each .trashinfo with O_EXCL and renames the file into files/, c
 from a counter per name. Prints both and the ratio (the removal's own time: the command's time less
 a listing run without --yes, which scans and plans the same tree). Both are given as wall-clock time
 and as processor time (user and system): on a machine shared with other work the processor time is
-the steadier figure."""
-import argparse, os, resource, shutil, subprocess, sys, tempfile, time
+the steadier figure. Each of --runs runs makes trees of its own; the medians are reported."""
+import argparse, os, resource, shutil, statistics, subprocess, sys, tempfile, time
 
 def make_tree(root, count):
     names = 100
@@ -73,13 +73,9 @@ def timed(command, env):
     subprocess.run(command, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
     return time.perf_counter() - start, cpu_children() - cpu
 
-def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--files", type=int, default=50000)
-    parser.add_argument("--twinsift", default="build/app/twinsift")
-    parser.add_argument("--dir", default=None, help="where to make the trees (default: the temporary folder)")
-    args = parser.parse_args()
-    work = tempfile.mkdtemp(prefix="trash-names-", dir=args.dir)
+def measure(args, base):
+    """One run on trees of their own: twinsift's removal and the plain loop, wall and processor time."""
+    work = tempfile.mkdtemp(prefix="trash-names-", dir=base)
     try:
         env = dict(os.environ, XDG_DATA_HOME=os.path.join(work, "data"), XDG_CONFIG_HOME=os.path.join(work, "config"),
                    XDG_CACHE_HOME=os.path.join(work, "cache"))
@@ -98,12 +94,28 @@ def main():
         ours, ours_cpu = whole - listing, whole_cpu - listing_cpu
         trashed = len(os.listdir(os.path.join(work, "data", "Trash", "files")))
         loop, loop_cpu = plain_loop(loop_tree, os.path.join(work, "loop-trash"))
-        print("twinsift: %d files trashed in %.2f s, %.2f s of processor (%.2f s with the scan and plan)"
-              % (trashed, ours, ours_cpu, whole))
-        print("plain loop: %d files in %.2f s, %.2f s of processor" % (args.files, loop, loop_cpu))
-        print("trash_names: ratio %.2f, of processor time %.2f (target <= 1.3)" % (ours / loop, ours_cpu / loop_cpu))
+        print("twinsift: %d files trashed in %.2f s, %.2f s of processor (%.2f s with the scan and plan); "
+              "plain loop: %.2f s, %.2f s of processor; ratio %.2f, of processor time %.2f"
+              % (trashed, ours, ours_cpu, whole, loop, loop_cpu, ours / loop, ours_cpu / loop_cpu), flush=True)
+        return ours, ours_cpu, loop, loop_cpu
     finally:
         shutil.rmtree(work, ignore_errors=True)
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--files", type=int, default=50000)
+    parser.add_argument("--twinsift", default="build/app/twinsift")
+    parser.add_argument("--dir", default=None, help="where to make the trees (default: the temporary folder)")
+    parser.add_argument("--runs", type=int, default=3, help="runs, each on new trees; medians are reported")
+    args = parser.parse_args()
+    runs = [measure(args, args.dir) for _ in range(args.runs)]
+    median = lambda values: statistics.median(values)
+    ours, ours_cpu, loop, loop_cpu = (median([run[i] for run in runs]) for i in range(4))
+    print("twinsift: %d files in %.2f s, %.2f s of processor (medians of %d runs)"
+          % (args.files, ours, ours_cpu, len(runs)))
+    print("plain loop: %d files in %.2f s, %.2f s of processor" % (args.files, loop, loop_cpu))
+    print("trash_names: ratio %.2f, of processor time %.2f (medians of each run's ratios; target <= 1.3)"
+          % (median([run[0] / run[2] for run in runs]), median([run[1] / run[3] for run in runs])))
 
 if __name__ == "__main__":
     sys.exit(main())

@@ -52,8 +52,7 @@ Outcome carryOut(Action action, Outcome outcome, const ScannedItem::Place& item,
             const Trash::Result trashed = Trash::moveToTrashAt(dirFd, item.leaf, u, identity.device);
             error = trashed.error;
             outcome.leftBehind = trashed.trashedPath;
-            outcome.trashInfo
-                = trashed.trashDirectory + "/info/" + PathBytes::lastPathComponent(trashed.trashedPath) + ".trashinfo";
+            outcome.trashInfo = trashed.infoPath;
         } else {
             error = FileOperations::removeAt(dirFd, item.leaf);
         }
@@ -266,7 +265,7 @@ Outcome actOn(Action action, const RemovalPlan::Item& item, ScannedItem::Resolve
             if (seq < 0)
                 return leftAlone(outcome, QStringLiteral("the journal could not be written"));
         }
-        outcome = carryOut(action, outcome, c.place, c.kept, seen);
+        outcome = carryOut(action, std::move(outcome), c.place, c.kept, seen);
         if (journal) {
             if (outcome.done)
                 journal->done(seq, outcome.leftBehind, outcome.trashInfo);

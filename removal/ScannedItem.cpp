@@ -416,7 +416,8 @@ Comparison compare(const Place& item, const Place& kept, bool folders, QByteArra
 }
 
 Comparison compareOpen(int a, int b, qint64 size, QByteArray* digest) {
-    QCryptographicHash hash(QCryptographicHash::Md5);
+    thread_local QCryptographicHash hash(QCryptographicHash::Md5);
+    hash.reset();
     const Comparison result = compareOpenFiles(a, b, size, digest ? &hash : nullptr);
     if (digest && result == Comparison::Equal)
         *digest = hash.result().toHex();

@@ -37,15 +37,15 @@ int makePath(const QByteArray& path) {
 QMutex counterMutex;
 std::unordered_map<std::string, int> nextNumbers;
 
-int firstNumberFor(const QByteArray& key) {
+int firstNumberFor(const std::string& key) {
     QMutexLocker lock(&counterMutex);
-    const auto found = nextNumbers.find(key.toStdString());
+    const auto found = nextNumbers.find(key);
     return found == nextNumbers.end() ? 1 : found->second;
 }
 
-void rememberNumber(const QByteArray& key, int next) {
+void rememberNumber(const std::string& key, int next) {
     QMutexLocker lock(&counterMutex);
-    nextNumbers[key.toStdString()] = next;
+    nextNumbers[key] = next;
 }
 
 // The folder `name` in the open folder `parentFd`, made with mode 0700 when missing, never reached
@@ -210,7 +210,15 @@ std::map<std::pair<std::string, dev_t>, std::shared_ptr<const OpenTrash>> openTr
 // deleting its folders is made again); without, they are taken as they are, and an item whose info
 // file cannot be made in them is tried once more with the check.
 std::shared_ptr<const OpenTrash> trashFor(const QByteArray& path, dev_t device, bool recheck, int& error) {
-    const std::pair<std::string, dev_t> key { homeTrashDirectory().toStdString(), device };
+    // The trash of the item before, most often the one this item goes to.
+    thread_local QByteArray lastHome;
+    thread_local dev_t lastDevice = 0;
+    thread_local std::shared_ptr<const OpenTrash> last;
+    const QByteArray home = homeTrashDirectory();
+    if (!recheck && last && device == lastDevice && home == lastHome)
+        return last;
+    const std::pair<std::string, dev_t> key { home.toStdString(), device };
+    std::shared_ptr<const OpenTrash> trash;
     {
         QMutexLocker lock(&trashesMutex);
         const auto found = openTrashes.find(key);
@@ -220,13 +228,18 @@ std::shared_ptr<const OpenTrash> trashFor(const QByteArray& path, dev_t device, 
             && (!recheck
                 || (::fstat(found->second->files.get(), &files) == 0 && files.st_nlink > 0
                     && ::fstat(found->second->info.get(), &info) == 0 && info.st_nlink > 0)))
-            return found->second;
+            trash = found->second;
     }
-    std::shared_ptr<const OpenTrash> trash = openTrashFor(path, device, error);
-    if (trash) {
+    if (!trash) {
+        trash = openTrashFor(path, device, error);
+        if (!trash)
+            return nullptr;
         QMutexLocker lock(&trashesMutex);
         openTrashes[key] = trash;
     }
+    lastHome = home;
+    lastDevice = device;
+    last = trash;
     return trash;
 }
 
@@ -299,7 +312,9 @@ Result moveToTrashIn(
     // The first number worth trying for this name: past every name this program took in this trash,
     // so a trash holding many items of one name costs no probing. The .trashinfo file is still made
     // with O_EXCL, so an entry another program made meanwhile is never overwritten.
-    const QByteArray counterKey = result.trashDirectory + '\0' + name;
+    std::string counterKey = result.trashDirectory.toStdString();
+    counterKey += '\0';
+    counterKey.append(name.constData(), static_cast<size_t>(name.size()));
     QByteArray chosen;
     const int start = firstNumberFor(counterKey);
     int n = start;
@@ -338,8 +353,8 @@ Result moveToTrashIn(
         return result;
     }
     rememberNumber(counterKey, n);
-    result.trashedPath
-        = PathBytes::appendingComponent(PathBytes::appendingComponent(result.trashDirectory, "files"), chosen);
+    result.trashedPath = result.trashDirectory + "/files/" + chosen;
+    result.infoPath = result.trashDirectory + "/info/" + chosen + ".trashinfo";
     return result;
 }
 

@@ -21,6 +21,7 @@ struct Result {
     int error = 0; // errno value; 0 on success
     QByteArray trashDirectory; // the trash used (holding files/ and info/)
     QByteArray trashedPath; // where the item now is
+    QByteArray infoPath; // its .trashinfo file
     bool ok() const { return error == 0; }
 };
 
