@@ -35,6 +35,7 @@ struct NameKeys {
     qsizetype first = 0;
     std::string bytes;
     std::vector<size_t> start;
+    TextCompare::KeyFolder folder;
 
     std::string_view at(qsizetype group) const {
         const auto local = static_cast<size_t>(group - first);
@@ -52,7 +53,7 @@ struct NameKeys {
                 bytes.push_back(lowered(name[i]));
             return;
         }
-        TextCompare::appendCaseInsensitiveKey(bytes, PathBytes::display(QByteArray::fromRawData(name, size)));
+        folder.append(bytes, PathBytes::display(QByteArray::fromRawData(name, size)));
     }
 };
 

@@ -93,6 +93,43 @@ void appendCaseInsensitiveKey(std::string& out, const QString& text) {
     forEachFoldedCodePoint(text, [&out](char32_t c) { appendUtf8(out, c); });
 }
 
+const std::string& KeyFolder::keyOf(char32_t c) {
+    const auto found = m_keys.find(c);
+    if (found != m_keys.end())
+        return found->second;
+    std::string key;
+    bool startsWithMark = false;
+    forEachFoldedCodePoint(QString::fromUcs4(&c, 1), [&](char32_t folded) {
+        startsWithMark = startsWithMark || (key.empty() && QChar::combiningClass(folded) != 0);
+        appendUtf8(key, folded);
+    });
+    return m_keys.emplace(c, startsWithMark ? std::string() : std::move(key)).first->second;
+}
+
+void KeyFolder::append(std::string& out, const QString& text) {
+    // Decomposing character by character gives the decomposition of the whole text as long as no
+    // combining mark follows another character: only then could the marks need reordering.
+    const size_t start = out.size();
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        char32_t c = text.at(i).unicode();
+        if (QChar::isHighSurrogate(c) && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) {
+            c = QChar::surrogateToUcs4(text.at(i).unicode(), text.at(i + 1).unicode());
+            ++i;
+        }
+        if (c < 0x80) {
+            out.push_back(static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c));
+            continue;
+        }
+        const std::string* key = QChar::combiningClass(c) == 0 ? &keyOf(c) : nullptr;
+        if (!key || key->empty()) {
+            out.resize(start);
+            appendCaseInsensitiveKey(out, text);
+            return;
+        }
+        out += *key;
+    }
+}
+
 int caseInsensitiveCompare(const QString& a, const QString& b) {
     const QList<char32_t> left = foldedCodePoints(a);
     const QList<char32_t> right = foldedCodePoints(b);
