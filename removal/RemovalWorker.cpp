@@ -59,7 +59,7 @@ void RemovalWorker::run() {
     while (!removal->atEnd() && !m_cancel.load()) {
         {
             QMutexLocker lock(&m_mutex);
-            m_current = removal->plan().items().at(static_cast<size_t>(removal->done())).file->urlFile();
+            m_current = removal->next().file->urlFile();
         }
         removal->step();
         m_done = removal->done();
@@ -67,14 +67,15 @@ void RemovalWorker::run() {
     removal->stop();
     QList<RemovalActions::Outcome> outcomes = removal->outcomes();
     // What was not reached stays as it is, and says so.
-    for (size_t i = static_cast<size_t>(outcomes.size()); i < removal->plan().items().size(); ++i) {
-        const RemovalPlan::Item& item = removal->plan().items()[i];
-        RemovalActions::Outcome outcome;
+    for (qsizetype i = 0; i < outcomes.size(); ++i) {
+        RemovalActions::Outcome& outcome = outcomes[i];
+        if (outcome.file)
+            continue;
+        const RemovalPlan::Item& item = removal->plan().items()[static_cast<size_t>(i)];
         outcome.file = item.file;
         outcome.keptCopy = item.kept ? item.kept->urlFile() : QByteArray();
         outcome.left = true;
         outcome.error = item.isLeft() ? item.leftReason : cancelledText();
-        outcomes.append(outcome);
     }
     if (m_cancel.load() && removal->done() < removal->total())
         Log::line(QStringLiteral("removal cancelled after %1 of %2 items").arg(removal->done()).arg(removal->total()));
